@@ -1,0 +1,66 @@
+#include <Varnex/events/EventBatch.h>
+
+#include <Varnex/events/Event.h>
+#include <Varnex/transport/Sender.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstring>
+
+namespace Varnex {
+
+namespace {
+
+constexpr int kFirstCapacity = 16384;
+constexpr int kRoomForOneEvent = 1024;
+
+}  // namespace
+
+bool EventBatch::add(Event& event) {
+    reserve(kRoomForOneEvent);
+    char* const room = buffer_.get() + used_;
+    event._buffer = event._pos = room;
+    event._size = capacity_ - used_;
+    event._borrowed = true;
+    const int length = event.write();
+    const bool fits = length > 0 && wouldFit(length);
+    if (fits && event._buffer != room) {  // it outgrew the room and took a buffer of its own
+        reserve(length);
+        std::memcpy(buffer_.get() + used_, event._buffer, static_cast<std::size_t>(length));
+    }
+    event.releaseBuffer();
+    if (!fits) return false;
+    used_ += length;
+    ++count_;
+    return true;
+}
+
+bool EventBatch::send(Sender* sender) {
+    int n = used_;
+    if (n > 0 && !(sender->send(buffer_.get(), n) && n == used_)) return false;
+    clear();
+    return true;
+}
+
+void EventBatch::clear() {
+    used_ = 0;
+    count_ = 0;
+}
+
+/// Makes room for `bytes` more.
+void EventBatch::reserve(int bytes) {
+    if (capacity_ - used_ >= bytes) return;
+    const long long needed = static_cast<long long>(used_) + bytes;
+    const long long size = std::min<long long>(INT_MAX, std::max<long long>({kFirstCapacity, 2LL * capacity_, needed}));
+    auto bigger = std::make_unique_for_overwrite<char[]>(static_cast<std::size_t>(size));
+    if (used_ > 0) std::memcpy(bigger.get(), buffer_.get(), static_cast<std::size_t>(used_));
+    buffer_ = std::move(bigger);
+    capacity_ = static_cast<int>(size);
+}
+
+bool EventBatch::wouldFit(int bytes) const {
+    const int limit = maxBytes_ > 0 ? maxBytes_ : INT_MAX;
+    return bytes <= limit - used_;
+}
+
+}  // namespace Varnex

@@ -1,0 +1,171 @@
+#include <Varnex/events/EventReader.h>
+
+#include <Varnex/events/BigEndian.h>
+#include <Varnex/transport/Receiver.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstdint>
+#include <cstring>
+#include <istream>
+#include <string_view>
+#include <utility>
+
+namespace Varnex {
+
+namespace {
+
+constexpr std::string_view kMagic = "VX01";
+constexpr std::size_t kLengthOffset = 4;
+constexpr std::size_t kTypeOffset = 8;
+
+constexpr std::size_t kFirstCapacity = 4096;
+constexpr std::size_t kSkipStep = 65536;
+constexpr std::size_t kKeptCapacity = 1 << 20;  // a larger buffer is given back after its event
+
+}  // namespace
+
+EventReader::Result EventReader::read(int ms) {
+    if (!fault_.empty()) return breakOff(fault_);
+    Step step = headerRead_ ? Step::Done : readHeader(ms);
+    if (step == Step::Done) step = type_ == nullptr ? skipBody(ms) : fill(length_, ms);
+    if (step != Step::Done) return stop(step);
+    return type_ == nullptr ? finish(Status::Unknown) : makeEvent();
+}
+
+/// Takes a header that is right, throwing bytes away before it when that is wanted.
+EventReader::Step EventReader::readHeader(int ms) {
+    for (;;) {
+        if (const Step step = fill(Event::kHeaderSize, ms); step != Step::Done) return step;
+        std::string fault = headerFault();
+        if (fault.empty()) break;
+        if (!resynchronise_) {
+            fault_ = std::move(fault);
+            return Step::Failed;
+        }
+        dropToNextMagic();
+    }
+    length_ = loadBigEndian<std::uint32_t>(buffer_.get() + kLengthOffset);
+    typeID_ = static_cast<short>(loadBigEndian<std::uint16_t>(buffer_.get() + kTypeOffset));
+    type_ = EventType::findType(typeID_);
+    headerRead_ = true;
+    return Step::Done;
+}
+
+std::string EventReader::headerFault() const {
+    if (std::memcmp(buffer_.get(), kMagic.data(), kMagic.size()) != 0) return "wrong magic";
+    const std::size_t length = loadBigEndian<std::uint32_t>(buffer_.get() + kLengthOffset);
+    const std::size_t limit = maxLength_ == 0 ? INT_MAX : std::min<std::size_t>(maxLength_, INT_MAX);
+    if (length < Event::kHeaderSize) return "length " + std::to_string(length) + " is below that of a header";
+    if (length > limit) return "length " + std::to_string(length) + " is above the limit of " + std::to_string(limit);
+    return {};
+}
+
+/// Drops at least one byte, and then as many as cannot be the beginning of a magic.
+void EventReader::dropToNextMagic() {
+    std::size_t dropped = 1;
+    while (dropped < have_) {
+        const std::size_t known = std::min(kMagic.size(), have_ - dropped);
+        if (std::memcmp(buffer_.get() + dropped, kMagic.data(), known) == 0) break;
+        ++dropped;
+    }
+    have_ -= dropped;
+    lost_ += dropped;
+    std::memmove(buffer_.get(), buffer_.get() + dropped, have_);
+}
+
+/// Takes the rest of an event of an unknown type, keeping none of it.
+EventReader::Step EventReader::skipBody(int ms) {
+    while (have_ < length_) {
+        int n = static_cast<int>(std::min({length_ - have_, capacity_, kSkipStep}));
+        if (const Step step = pull(buffer_.get(), n, ms); step != Step::Done) return step;
+        have_ += static_cast<std::size_t>(n);
+    }
+    return Step::Done;
+}
+
+/// Reads until the buffer holds `size` bytes of the present event.
+EventReader::Step EventReader::fill(std::size_t size, int ms) {
+    while (have_ < size) {
+        makeRoom(size);
+        int n = static_cast<int>(std::min(size, capacity_) - have_);
+        if (const Step step = pull(buffer_.get() + have_, n, ms); step != Step::Done) return step;
+        have_ += static_cast<std::size_t>(n);
+    }
+    return Step::Done;
+}
+
+/// Doubles a full buffer, so that its size follows what has arrived and not what a header claims.
+void EventReader::makeRoom(std::size_t size) {
+    if (have_ < capacity_) return;
+    const std::size_t capacity = std::max(kFirstCapacity, std::min(size, 2 * capacity_));
+    auto bigger = std::make_unique_for_overwrite<char[]>(capacity);
+    if (have_ > 0) std::memcpy(bigger.get(), buffer_.get(), have_);
+    buffer_ = std::move(bigger);
+    capacity_ = capacity;
+}
+
+/// Takes at least one and at most `n` bytes from the source.
+EventReader::Step EventReader::pull(char* bytes, int& n, int ms) {
+    if (stream_ != nullptr) {
+        stream_->read(bytes, n);
+        n = static_cast<int>(stream_->gcount());
+        if (n > 0) return Step::Done;
+        return stream_->bad() ? Step::Failed : Step::Closed;
+    }
+    switch (receiver_->waitForData(ms)) {
+        case Receiver::WaitData:
+            break;
+        case Receiver::WaitBroken:
+            return Step::Woken;
+        case Receiver::WaitTimedOut:
+            return Step::TimedOut;
+        default:
+            return Step::Failed;
+    }
+    if (!receiver_->receive(bytes, n)) return Step::Failed;
+    return n > 0 ? Step::Done : Step::Closed;
+}
+
+EventReader::Result EventReader::makeEvent() {
+    Event* event = nullptr;
+    if (!Event::parseFields(*type_, buffer_.get(), static_cast<int>(length_), event))
+        return breakOff("cannot create an event of type " + std::to_string(typeID_));
+    Result result = finish(Status::Event);
+    result.event.reset(event);
+    return result;
+}
+
+EventReader::Result EventReader::finish(Status status) {
+    Result result;
+    result.status = status;
+    result.typeID = typeID_;
+    result.length = length_;
+    result.lost = std::exchange(lost_, 0);
+    headerRead_ = false;
+    have_ = 0;
+    if (capacity_ > kKeptCapacity) {
+        buffer_.reset();
+        capacity_ = 0;
+    }
+    return result;
+}
+
+EventReader::Result EventReader::stop(Step step) {
+    Result result;
+    if (step == Step::Failed) return breakOff(fault_.empty() ? "receiving failed" : fault_);
+    if (step == Step::Closed && headerRead_) return breakOff("the peer closed inside an event");
+    if (step == Step::Closed && have_ > 0 && lost_ == 0) return breakOff("the peer closed inside a header");
+    if (step == Step::Closed) result.lost = std::exchange(lost_, 0) + std::exchange(have_, 0);
+    result.status = step == Step::Closed ? Status::Closed : step == Step::Woken ? Status::Woken : Status::TimedOut;
+    return result;
+}
+
+EventReader::Result EventReader::breakOff(std::string reason) {
+    fault_ = std::move(reason);
+    Result result;
+    result.reason = fault_;
+    return result;
+}
+
+}  // namespace Varnex

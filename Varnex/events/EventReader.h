@@ -1,0 +1,86 @@
+#pragma once
+
+#include <Varnex/Export.h>
+#include <Varnex/events/Event.h>
+
+#include <cstddef>
+#include <iosfwd>
+#include <memory>
+#include <string>
+
+namespace Varnex {
+
+class Receiver;
+
+/// Reads events one after the other and tells apart what can happen, where `Event::receive` only knows true and false.
+///
+/// It skips events of unknown types by their length, takes events without fields, and a broken or timed-out wait inside
+/// an event loses nothing: the next call goes on where it stopped. It reads no byte beyond the event it returns, prints
+/// no line of its own, and uses memory in step with the bytes that arrive, whatever length a header claims. One thread.
+class VARNEX_API EventReader {
+public:
+    enum class Status {
+        Event,    ///< an event
+        Unknown,  ///< an event of an unregistered type was skipped
+        Closed,   ///< the peer closed between two events
+        Broken,   ///< the stream cannot be read on; every later call says so again
+        Woken,    ///< `breakWait` ended the wait
+        TimedOut  ///< the time ran out
+    };
+
+    struct Result {
+        Status status = Status::Broken;
+        std::unique_ptr<Event> event;  ///< with `Event` only
+        short typeID = -1;             ///< with `Event` and `Unknown`
+        std::size_t length = 0;        ///< bytes of it, header included
+        unsigned long long lost = 0;   ///< bytes thrown away since the last event to find one again
+        std::string reason;            ///< with `Broken`: why
+    };
+
+    /// The source outlives the reader.
+    explicit EventReader(Receiver* receiver) : receiver_(receiver) {}
+    explicit EventReader(std::istream& stream) : stream_(&stream) {}
+
+    /// Reads one event. `ms` limits each wait of a receiver in milliseconds, -1 without limit; streams have no limit.
+    [[nodiscard]] Result read(int ms = -1);
+
+    /// The longest event that is accepted, header included; 0: no limit. At first that of `Event::setMaxLength`.
+    void setMaxLength(unsigned int bytes) { maxLength_ = bytes; }
+
+    /// After a wrong magic or a wrong length, look for the next magic instead of giving up. Off at first.
+    void setResynchronise(bool on) { resynchronise_ = on; }
+
+private:
+    enum class Step { Done, Closed, Failed, Woken, TimedOut };
+
+    [[nodiscard]] Step fill(std::size_t size, int ms);
+    [[nodiscard]] Step pull(char* bytes, int& n, int ms);
+    void makeRoom(std::size_t size);
+
+    [[nodiscard]] Step readHeader(int ms);
+    [[nodiscard]] Step skipBody(int ms);
+    [[nodiscard]] std::string headerFault() const;
+    void dropToNextMagic();
+
+    [[nodiscard]] Result makeEvent();
+    [[nodiscard]] Result finish(Status status);
+    [[nodiscard]] Result stop(Step step);
+    [[nodiscard]] Result breakOff(std::string reason);
+
+    Receiver* receiver_ = nullptr;
+    std::istream* stream_ = nullptr;
+    unsigned int maxLength_ = Event::getMaxLength();
+    bool resynchronise_ = false;
+
+    std::unique_ptr<char[]> buffer_;
+    std::size_t capacity_ = 0;
+    std::size_t have_ = 0;  // bytes of the present event, or of what may become its header
+    bool headerRead_ = false;
+    std::size_t length_ = 0;           // of the present event
+    short typeID_ = -1;                // of the present event
+    const EventType* type_ = nullptr;  // null: unknown
+    unsigned long long lost_ = 0;
+    std::string fault_;
+};
+
+}  // namespace Varnex

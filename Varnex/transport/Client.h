@@ -1,0 +1,33 @@
+#pragma once
+
+#include <Varnex/transport/NetCommunicator.h>
+
+#include <string>
+
+namespace Varnex {
+
+/// A TCP connection: one that this process dials, or one that a `Server` accepted.
+class VARNEX_API Client : public NetCommunicator {
+public:
+    Client();
+    ~Client() override;
+
+    /// Connects to the first address of `host` that answers. Throws `Exception` when the host or port cannot be
+    /// resolved, and the `IOException` of the last address when none connects.
+    void open(const std::string& host, unsigned short port);
+
+    /// Connects to one address, closing an earlier connection first. Throws `IOException`; the object is closed then.
+    void open(const SocketAddress& to);
+
+    /// Limits each connection attempt of later `open` calls, milliseconds; 0, the default: the system's limit. What
+    /// takes longer fails as "Connection timed out".
+    void setConnectTimeout(int ms) { connectTimeoutMs_ = ms; }
+
+private:
+    friend class Server;
+    Client(UniqueFd descriptor, const SocketAddress& local, const SocketAddress& remote);
+
+    int connectTimeoutMs_ = 0;
+};
+
+}  // namespace Varnex

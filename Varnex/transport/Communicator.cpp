@@ -1,0 +1,7 @@
+#include <Varnex/transport/Communicator.h>
+
+namespace Varnex {
+
+Communicator::~Communicator() = default;
+
+}  // namespace Varnex

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <Varnex/transport/Receiver.h>
+#include <Varnex/transport/Sender.h>
+
+namespace Varnex {
+
+/// A byte channel in both directions. One thread may send while another receives.
+class VARNEX_API Communicator : public Sender, public Receiver {
+public:
+    ~Communicator() override;
+
+    using Sender::close;  // one operation for both halves; without this the name would be ambiguous
+};
+
+}  // namespace Varnex

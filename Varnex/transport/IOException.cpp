@@ -1,0 +1,7 @@
+#include <Varnex/transport/IOException.h>
+
+namespace Varnex {
+
+IOException::~IOException() = default;
+
+}  // namespace Varnex

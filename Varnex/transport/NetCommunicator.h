@@ -1,0 +1,86 @@
+#pragma once
+
+#include <Varnex/transport/Communicator.h>
+#include <Varnex/transport/ConnectionOptions.h>
+#include <Varnex/transport/SocketAddress.h>
+#include <Varnex/transport/UniqueFd.h>
+#include <Varnex/transport/WakeUpPipe.h>
+
+namespace Varnex {
+
+/// A byte channel over a connected stream socket.
+///
+/// Closed until a `Client` or a `Server` gives it a descriptor; `close` makes it closed again, and it may be opened
+/// anew. One thread may send while another waits and receives; `breakWait` is for any thread. `close`, and everything
+/// else, is for the owner: closing does not end another thread's wait, so break the wait first. Failures of the data
+/// path print an ERROR line and return false; a broken connection never raises SIGPIPE.
+class VARNEX_API NetCommunicator : public Communicator {
+public:
+    NetCommunicator();
+
+    // The order of the virtual operations is binary interface: append, never reorder.
+    ~NetCommunicator() override;
+
+    /// True also when closed already. The wake-up pipe, with the wake-ups in it, stays.
+    bool close() override;
+
+    /// Sends `n` bytes, blocking until the system took all of them; `n` tells how many it took, also on failure.
+    /// False: not connected, `data` is null, or send(2) failed.
+    bool send(const void* data, int& n) override;
+
+    /// Gathers the chunks into as few system calls as possible; the array stays as it is. Prints nothing. True when
+    /// everything was sent.
+    bool send(const Chunk* chunks, int count, int& sent) override;
+
+    /// One recv(2) for at most `n` bytes. A connection that the peer reset counts as ended: true with 0.
+    /// False: not connected, `data` is null, `n` is 0, or recv(2) failed.
+    bool receive(void* data, int& n) override;
+
+    bool waitForData() override;
+    void breakWait() override;
+    int waitForData(int ms) override;
+    bool dataAvail(int& n) override;
+
+    [[nodiscard]] bool isOpen() const { return descriptor_.isOpen(); }
+    [[nodiscard]] const SocketAddress& getLocalAddress() const { return localAddress_; }
+    [[nodiscard]] const SocketAddress& getRemoteAddress() const { return remoteAddress_; }
+
+    /// Flags for each send(2) and recv(2), 0 at first.
+    void setSendFlags(int flags) { sendFlags_ = flags; }
+    void setReceiveFlags(int flags) { receiveFlags_ = flags; }
+
+    /// Sends small packets at once (true) or lets the system collect them. An ERROR line on failure.
+    void setTcpNoDelay(bool on);
+    [[nodiscard]] bool getTcpNoDelay() const;
+
+    // The settings below hold for the present connection and for later ones of this object. False, with an ERROR line,
+    // when the system refuses; a negative value is refused without one.
+
+    /// Ends a `send` that makes no progress for `ms` milliseconds; 0, the default, waits for ever. The stream is out of
+    /// step after that: close it.
+    bool setSendTimeout(int ms);
+
+    /// Probes an idle peer after `idleSeconds`, and a few times more within as long again; 0, the default: never.
+    bool setKeepAlive(int idleSeconds);
+
+    /// Gives the connection up when sent data stays unacknowledged for `ms` milliseconds; 0, the default: the system's
+    /// own limit.
+    bool setUserTimeout(int ms);
+
+protected:
+    /// Takes over a connected socket, instead of the present one.
+    void adopt(UniqueFd descriptor, const SocketAddress& local, const SocketAddress& remote);
+
+private:
+    bool applyOptions() const;
+
+    WakeUpPipe wakeUp_;
+    int sendFlags_ = 0;
+    int receiveFlags_ = 0;
+    UniqueFd descriptor_;
+    SocketAddress localAddress_;
+    SocketAddress remoteAddress_;
+    ConnectionOptions options_;
+};
+
+}  // namespace Varnex

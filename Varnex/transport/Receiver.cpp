@@ -1,0 +1,7 @@
+#include <Varnex/transport/Receiver.h>
+
+namespace Varnex {
+
+Receiver::~Receiver() = default;
+
+}  // namespace Varnex
