@@ -1,0 +1,27 @@
+#include <tests/support/FailingCall.h>
+
+#include <csignal>
+
+#include <netdb.h>
+#include <poll.h>
+#include <sys/socket.h>
+
+VARNEX_WRAP(int, accept4, (int fd, sockaddr* address, socklen_t* length, int flags), (fd, address, length, flags))
+VARNEX_WRAP(int, bind, (int fd, const sockaddr* address, socklen_t length), (fd, address, length))
+VARNEX_WRAP(int, close, (int fd), (fd))
+VARNEX_WRAP(int, connect, (int fd, const sockaddr* address, socklen_t length), (fd, address, length))
+VARNEX_WRAP(int, getnameinfo,
+            (const sockaddr* address, socklen_t length, char* host, socklen_t hostSize, char* service,
+             socklen_t serviceSize, int flags),
+            (address, length, host, hostSize, service, serviceSize, flags))
+VARNEX_WRAP(int, getsockname, (int fd, sockaddr* address, socklen_t* length), (fd, address, length))
+VARNEX_WRAP(int, listen, (int fd, int backlog), (fd, backlog))
+VARNEX_WRAP(int, pipe2, (int* ends, int flags), (ends, flags))
+VARNEX_WRAP(int, poll, (pollfd * descriptors, nfds_t count, int ms), (descriptors, count, ms))
+VARNEX_WRAP(ssize_t, recv, (int fd, void* data, size_t size, int flags), (fd, data, size, flags))
+VARNEX_WRAP(ssize_t, send, (int fd, const void* data, size_t size, int flags), (fd, data, size, flags))
+VARNEX_WRAP(ssize_t, sendmsg, (int fd, const msghdr* message, int flags), (fd, message, flags))
+VARNEX_WRAP(int, setsockopt, (int fd, int level, int name, const void* value, socklen_t size),
+            (fd, level, name, value, size))
+VARNEX_WRAP(sighandler_t, signal, (int number, sighandler_t handler), (number, handler))
+VARNEX_WRAP(int, socket, (int family, int type, int protocol), (family, type, protocol))
