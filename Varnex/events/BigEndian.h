@@ -1,26 +1,35 @@
 #pragma once
 
+#include <bit>
 #include <concepts>
-#include <cstddef>
+#include <cstring>
 
 namespace Varnex {
 
-// Private to the library: the wire's byte order, by shifts, whatever the host's.
+// Private to the library: the wire's byte order, whatever the host's.
+
+/// The value with its bytes in wire order, or back.
+template <std::unsigned_integral UInt>
+[[nodiscard]] UInt toBigEndian(UInt value) {
+    if constexpr (std::endian::native == std::endian::big || sizeof(UInt) == 1) return value;
+    if constexpr (sizeof(UInt) == 2) return __builtin_bswap16(value);
+    if constexpr (sizeof(UInt) == 4) return __builtin_bswap32(value);
+    if constexpr (sizeof(UInt) == 8) return __builtin_bswap64(value);
+}
 
 /// Writes `value` to `sizeof(UInt)` bytes, most significant first.
 template <std::unsigned_integral UInt>
 void storeBigEndian(char* bytes, UInt value) {
-    for (std::size_t i = 0; i < sizeof(UInt); ++i)
-        bytes[i] = static_cast<char>(static_cast<unsigned char>(value >> (8 * (sizeof(UInt) - 1 - i))));
+    value = toBigEndian(value);
+    std::memcpy(bytes, &value, sizeof value);
 }
 
 /// Reads `sizeof(UInt)` bytes, most significant first.
 template <std::unsigned_integral UInt>
 [[nodiscard]] UInt loadBigEndian(const char* bytes) {
-    UInt value = 0;
-    for (std::size_t i = 0; i < sizeof(UInt); ++i)
-        value = static_cast<UInt>(value << (8 * (i > 0)) | static_cast<unsigned char>(bytes[i]));
-    return value;
+    UInt value;
+    std::memcpy(&value, bytes, sizeof value);
+    return toBigEndian(value);
 }
 
 }  // namespace Varnex

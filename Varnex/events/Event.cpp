@@ -161,16 +161,21 @@ void Event::getData(void* data, long n) {
 
 template <class UInt>
 void Event::addNumber(UInt value) {
-    char bytes[sizeof(UInt)];
-    storeBigEndian(bytes, value);
-    addData(bytes, sizeof bytes);
+    if (remaining() < static_cast<long>(sizeof value)) {
+        char bytes[sizeof value];
+        storeBigEndian(bytes, value);
+        return addData(bytes, sizeof bytes);
+    }
+    storeBigEndian(_pos, value);
+    _pos += sizeof value;
 }
 
 template <class UInt>
 UInt Event::takeNumber() {
-    char bytes[sizeof(UInt)] = {};
-    getData(bytes, sizeof bytes);
-    return loadBigEndian<UInt>(bytes);
+    if (remaining() < static_cast<long>(sizeof(UInt))) return 0;
+    const auto value = loadBigEndian<UInt>(_pos);
+    _pos += sizeof(UInt);
+    return value;
 }
 
 void Event::addField(bool value) {

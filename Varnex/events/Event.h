@@ -112,7 +112,7 @@ protected:
     /// Empty past the end; unchanged when its count is larger than what is left (the count is taken all the same).
     void getField(std::string& value);
 
-    /// Bytes between the read position and the end of the event.
+    /// Bytes between the position and the end of the event, or of the buffer while writing.
     [[nodiscard]] long remaining() const { return _buffer + _size - _pos; }
 
     /// Serialises into the buffer that the caller has set up; the number of bytes, 0 when the event is too large.

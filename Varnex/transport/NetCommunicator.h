@@ -42,6 +42,8 @@ public:
     bool dataAvail(int& n) override;
 
     [[nodiscard]] bool isOpen() const { return descriptor_.isOpen(); }
+    /// For options and polls of the application's own; -1 when closed, never to be closed by the caller.
+    [[nodiscard]] int getDescriptor() const { return descriptor_.get(); }
     [[nodiscard]] const SocketAddress& getLocalAddress() const { return localAddress_; }
     [[nodiscard]] const SocketAddress& getRemoteAddress() const { return remoteAddress_; }
 
