@@ -10,7 +10,6 @@ enum class Call {
     bind,
     close,
     connect,
-    getnameinfo,
     getsockname,
     listen,
     pipe2,

@@ -2,7 +2,6 @@
 
 #include <csignal>
 
-#include <netdb.h>
 #include <poll.h>
 #include <sys/socket.h>
 
@@ -10,10 +9,6 @@ VARNEX_WRAP(int, accept4, (int fd, sockaddr* address, socklen_t* length, int fla
 VARNEX_WRAP(int, bind, (int fd, const sockaddr* address, socklen_t length), (fd, address, length))
 VARNEX_WRAP(int, close, (int fd), (fd))
 VARNEX_WRAP(int, connect, (int fd, const sockaddr* address, socklen_t length), (fd, address, length))
-VARNEX_WRAP(int, getnameinfo,
-            (const sockaddr* address, socklen_t length, char* host, socklen_t hostSize, char* service,
-             socklen_t serviceSize, int flags),
-            (address, length, host, hostSize, service, serviceSize, flags))
 VARNEX_WRAP(int, getsockname, (int fd, sockaddr* address, socklen_t* length), (fd, address, length))
 VARNEX_WRAP(int, listen, (int fd, int backlog), (fd, backlog))
 VARNEX_WRAP(int, pipe2, (int* ends, int flags), (ends, flags))
