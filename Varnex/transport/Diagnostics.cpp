@@ -10,6 +10,7 @@ namespace Varnex {
 namespace {
 
 void printToStandardStreams(DiagnosticStream stream, std::string_view text) {
+    static const std::ios_base::Init streamsExist;  // also for a static object that prints before ours are made
     std::ostream& out = stream == DiagnosticStream::Error ? std::cerr : std::cout;
     out.write(text.data(), static_cast<std::streamsize>(text.size())).flush();
 }

@@ -2,14 +2,16 @@
 
 #include <Varnex/transport/Diagnostics.h>
 #include <Varnex/transport/PollReadable.h>
+#include <Varnex/transport/RemainingChunks.h>
 #include <Varnex/transport/Socket.h>
 #include <Varnex/transport/SystemError.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <climits>
+#include <optional>
 #include <utility>
-#include <vector>
 
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -20,31 +22,24 @@ namespace Varnex {
 
 namespace {
 
-/// What is left of a gathered send.
-class RemainingChunks {
+/// Signals make the system forget how long a send has waited already; this remembers, from the first of them on.
+class InterruptedSend {
 public:
-    RemainingChunks(const Chunk* chunks, int count) : chunks_(chunks, chunks + std::max(count, 0)) { advance(0); }
+    explicit InterruptedSend(int timeoutMs) : limit_(timeoutMs) {}
 
-    [[nodiscard]] bool empty() const { return first_ == chunks_.size(); }
-    [[nodiscard]] Chunk* data() { return chunks_.data() + first_; }
-    [[nodiscard]] int count() const {
-        return static_cast<int>(std::min<std::size_t>(chunks_.size() - first_, IOV_MAX));
-    }
-
-    /// Skips the chunks that went out whole and moves into the one that went out in part.
-    void advance(unsigned long sent) {
-        while (first_ < chunks_.size() && sent >= static_cast<unsigned long>(chunks_[first_].size)) {
-            sent -= static_cast<unsigned long>(chunks_[first_].size);
-            ++first_;
-        }
-        if (sent == 0) return;
-        chunks_[first_].data = static_cast<const char*>(chunks_[first_].data) + sent;
-        chunks_[first_].size -= static_cast<int>(sent);
+    /// False, with `errno` as for a send that timed out, once the time is over.
+    [[nodiscard]] bool mayGoOn() {
+        if (limit_.count() == 0) return true;
+        const auto now = std::chrono::steady_clock::now();
+        if (!end_) end_ = now + limit_;
+        if (now < *end_) return true;
+        errno = EAGAIN;
+        return false;
     }
 
 private:
-    std::vector<Chunk> chunks_;
-    std::size_t first_ = 0;
+    std::chrono::milliseconds limit_;
+    std::optional<std::chrono::steady_clock::time_point> end_;
 };
 
 }  // namespace
@@ -63,11 +58,12 @@ bool NetCommunicator::close() {
 bool NetCommunicator::send(const void* data, int& n) {
     if (!isOpen() || data == nullptr || n < 0) return false;
     const auto* bytes = static_cast<const char*>(data);
+    InterruptedSend interruptions(options_.sendTimeoutMs);
     int sent = 0;
     while (sent < n) {
         const auto taken =
             ::send(descriptor_.get(), bytes + sent, static_cast<std::size_t>(n - sent), sendFlags_ | MSG_NOSIGNAL);
-        if (taken < 0 && errno == EINTR) continue;
+        if (taken < 0 && errno == EINTR && interruptions.mayGoOn()) continue;
         if (taken < 0) {
             printError(withErrno("ERROR: Cannot send", errno));
             n = sent;
@@ -88,7 +84,7 @@ bool NetCommunicator::send(const Chunk* chunks, int count, int& sent) {
     while (!rest.empty()) {
         unsigned long taken = 0;
         if (!socket.sendto(rest.data(), rest.count(), &taken, sendFlags_, nullptr, 0) || taken == 0) return false;
-        sent += static_cast<int>(taken);
+        sent = static_cast<int>(std::min<unsigned long>(INT_MAX, static_cast<unsigned long>(sent) + taken));
         rest.advance(taken);
     }
     return true;

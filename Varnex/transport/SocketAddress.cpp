@@ -57,8 +57,8 @@ void SocketAddress::set(const sockaddr* address, socklen_t length, int sockType,
     protocol_ = protocol;
     addrLen_ = length;
     addr_ = reinterpret_cast<sockaddr*>(storage_);
-    std::memset(storage_, 0, sizeof storage_);
-    std::memcpy(storage_, address, length);
+    std::memmove(storage_, address, length);
+    std::memset(storage_ + length, 0, sizeof storage_ - length);
     family_ = addr_->sa_family;
 }
 
