@@ -3,14 +3,13 @@
 #include <Varnex/transport/Diagnostics.h>
 #include <Varnex/transport/PollReadable.h>
 #include <Varnex/transport/RemainingChunks.h>
+#include <Varnex/transport/SendAgain.h>
 #include <Varnex/transport/Socket.h>
 #include <Varnex/transport/SystemError.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <climits>
-#include <optional>
 #include <utility>
 
 #include <netinet/in.h>
@@ -19,30 +18,6 @@
 #include <sys/socket.h>
 
 namespace Varnex {
-
-namespace {
-
-/// Signals make the system forget how long a send has waited already; this remembers, from the first of them on.
-class InterruptedSend {
-public:
-    explicit InterruptedSend(int timeoutMs) : limit_(timeoutMs) {}
-
-    /// False, with `errno` as for a send that timed out, once the time is over.
-    [[nodiscard]] bool mayGoOn() {
-        if (limit_.count() == 0) return true;
-        const auto now = std::chrono::steady_clock::now();
-        if (!end_) end_ = now + limit_;
-        if (now < *end_) return true;
-        errno = EAGAIN;
-        return false;
-    }
-
-private:
-    std::chrono::milliseconds limit_;
-    std::optional<std::chrono::steady_clock::time_point> end_;
-};
-
-}  // namespace
 
 NetCommunicator::NetCommunicator() = default;
 
@@ -58,12 +33,11 @@ bool NetCommunicator::close() {
 bool NetCommunicator::send(const void* data, int& n) {
     if (!isOpen() || data == nullptr || n < 0) return false;
     const auto* bytes = static_cast<const char*>(data);
-    InterruptedSend interruptions(options_.sendTimeoutMs);
     int sent = 0;
     while (sent < n) {
         const auto taken =
             ::send(descriptor_.get(), bytes + sent, static_cast<std::size_t>(n - sent), sendFlags_ | MSG_NOSIGNAL);
-        if (taken < 0 && errno == EINTR && interruptions.mayGoOn()) continue;
+        if (taken < 0 && errno == EINTR && maySendAgain(descriptor_.get())) continue;
         if (taken < 0) {
             printError(withErrno("ERROR: Cannot send", errno));
             n = sent;
@@ -153,20 +127,23 @@ bool NetCommunicator::getTcpNoDelay() const {
 
 bool NetCommunicator::setSendTimeout(int ms) {
     if (ms < 0) return false;
-    options_.sendTimeoutMs = ms;
-    return applyOptions();
+    ConnectionOptions wanted = options_;
+    wanted.sendTimeoutMs = ms;
+    return change(wanted);
 }
 
 bool NetCommunicator::setKeepAlive(int idleSeconds) {
     if (idleSeconds < 0) return false;
-    options_.keepAliveSeconds = idleSeconds;
-    return applyOptions();
+    ConnectionOptions wanted = options_;
+    wanted.keepAliveSeconds = idleSeconds;
+    return change(wanted);
 }
 
 bool NetCommunicator::setUserTimeout(int ms) {
     if (ms < 0) return false;
-    options_.userTimeoutMs = ms;
-    return applyOptions();
+    ConnectionOptions wanted = options_;
+    wanted.userTimeoutMs = ms;
+    return change(wanted);
 }
 
 void NetCommunicator::adopt(UniqueFd descriptor, const SocketAddress& local, const SocketAddress& remote) {
@@ -174,6 +151,13 @@ void NetCommunicator::adopt(UniqueFd descriptor, const SocketAddress& local, con
     localAddress_ = local;
     remoteAddress_ = remote;
     applyOptions();
+}
+
+bool NetCommunicator::change(const ConnectionOptions& wanted) {
+    const ConnectionOptions previous = std::exchange(options_, wanted);
+    if (applyOptions()) return true;
+    options_ = previous;  // a refused setting must not spoil later ones and later connections
+    return false;
 }
 
 bool NetCommunicator::applyOptions() const {

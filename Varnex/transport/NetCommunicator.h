@@ -74,6 +74,7 @@ protected:
     void adopt(UniqueFd descriptor, const SocketAddress& local, const SocketAddress& remote);
 
 private:
+    bool change(const ConnectionOptions& wanted);
     bool applyOptions() const;
 
     WakeUpPipe wakeUp_;
