@@ -1,0 +1,113 @@
+#include <tests/support/CapturedDiagnostics.h>
+#include <tests/support/FailingCall.h>
+#include <tests/support/LoopbackPair.h>
+
+#include <Varnex/transport/Wait.h>
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstring>
+#include <thread>
+#include <vector>
+
+#include <sys/time.h>
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+namespace {
+
+/// Interrupts the main thread's system calls every millisecond while it lives.
+class SignalStorm {
+public:
+    SignalStorm() {
+        struct sigaction action {};
+        action.sa_handler = [](int) {};
+        EXPECT_EQ(::sigaction(SIGALRM, &action, nullptr), 0);
+        set(1000);
+    }
+    ~SignalStorm() { set(0); }
+
+private:
+    static void set(int microseconds) {
+        const itimerval interval{{0, microseconds}, {0, microseconds}};
+        EXPECT_EQ(::setitimer(ITIMER_REAL, &interval, nullptr), 0);
+    }
+};
+
+}  // namespace
+
+TEST(InterruptionTest, WaitsKeepTheirResultsAndLimits) {
+    const CapturedDiagnostics printed;
+    LoopbackPair pair;
+    Varnex::Wait wait;
+    ASSERT_TRUE(wait.open());
+    const SignalStorm storm;
+    const auto begin = steady_clock::now();
+    EXPECT_TRUE(wait.wait(40));
+    EXPECT_EQ(pair.client.waitForData(40), 3);
+    EXPECT_EQ(pair.server.waitForClient(40), 2);
+    const auto elapsed = steady_clock::now() - begin;
+    EXPECT_GE(elapsed, milliseconds(120));
+    EXPECT_LT(elapsed, milliseconds(10000));
+    EXPECT_EQ(printed.errors() + printed.output(), "");
+}
+
+TEST(InterruptionTest, SendsGoOnAfterPartialWrites) {
+    LoopbackPair pair;
+    std::string bytes(4000000, ' '), got(bytes.size() * 2, ' ');
+    for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<char>(i % 251);
+    std::vector<Varnex::Chunk> chunks;  // of 0 to 1,999 bytes, so more of them than one call takes
+    for (std::size_t used = 0; used < bytes.size(); used += static_cast<std::size_t>(chunks.back().size)) {
+        const std::size_t size = std::min(chunks.size() * 37 % 2000, bytes.size() - used);
+        chunks.push_back({bytes.data() + used, static_cast<int>(size)});
+    }
+    const std::vector<Varnex::Chunk> before = chunks;
+    std::size_t count = 0;
+    std::thread reader([&] {
+        for (int n = 1000; pair.peer->receive(got.data() + count, n) && n > 0; n = 1000)
+            count += static_cast<std::size_t>(n);
+    });
+    {
+        const SignalStorm storm;
+        int n = static_cast<int>(bytes.size()), sent = 0;
+        EXPECT_TRUE(pair.client.send(bytes.data(), n) && n == 4000000);
+        EXPECT_TRUE(pair.client.send(chunks.data(), static_cast<int>(chunks.size()), sent) && sent == n);
+    }
+    pair.client.close();
+    reader.join();
+    EXPECT_EQ(count, got.size());
+    EXPECT_TRUE(got == bytes + bytes);
+    EXPECT_EQ(std::memcmp(chunks.data(), before.data(), before.size() * sizeof chunks[0]), 0);
+}
+
+TEST(InterruptionTest, ASendLimitHoldsUnderSignals) {
+    const CapturedDiagnostics printed;
+    LoopbackPair pair;
+    ASSERT_TRUE(pair.client.setSendTimeout(50));
+    const std::string bytes(20000000, 'x');
+    const SignalStorm storm;
+    int n = static_cast<int>(bytes.size());
+    EXPECT_FALSE(pair.client.send(bytes.data(), n));
+    EXPECT_EQ(printed.errors(), "ERROR: Cannot send (Resource temporarily unavailable)\n");
+    const Varnex::Chunk chunk{bytes.data(), 20000000};
+    EXPECT_FALSE(pair.client.send(&chunk, 1, n));
+}
+
+TEST(InterruptionTest, InterruptedCallsAreRepeated) {
+    const CapturedDiagnostics printed;
+    LoopbackPair pair;
+    const FailingCall send(Call::send, EINTR, {.failures = 3}), sendmsg(Call::sendmsg, EINTR, {.failures = 3});
+    const FailingCall recv(Call::recv, EINTR, {.failures = 3}), accept(Call::accept4, EINTR, {.failures = 3});
+    const Varnex::Chunk chunk{"b", 1};
+    char bytes[3] = {};
+    int n = 1, sent = 0;
+    EXPECT_TRUE(pair.client.send("a", n));
+    EXPECT_TRUE(pair.client.send(&chunk, 1, sent));
+    EXPECT_TRUE(pair.peer->receive(bytes, n = 2));
+    EXPECT_STREQ(bytes, "ab");
+    pair.connect();
+    EXPECT_EQ(printed.errors(), "");
+}
