@@ -1,0 +1,44 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include <memory>
+#include <string>
+
+namespace VarnexTool {
+
+/// One subcommand: its constructor describes its options to the command line, `run` does the work.
+class Command {
+public:
+    Command(const Command&) = delete;
+    Command& operator=(const Command&) = delete;
+    virtual ~Command() = default;
+
+    /// Returns when the work is done or was ended by a signal. Throws `Failure` or `UsageError`.
+    virtual void run() = 0;
+
+    [[nodiscard]] bool isChosen() const { return app_->parsed(); }
+
+protected:
+    Command(CLI::App& parent, const std::string& name, const std::string& description)
+        : app_(parent.add_subcommand(name, description)) {}
+
+    [[nodiscard]] CLI::App& app() { return *app_; }
+
+private:
+    CLI::App* app_;  // owned by its parent
+};
+
+/// Accepts a number in this range, and says so in one plain sentence otherwise.
+[[nodiscard]] CLI::Validator numberFrom(double lowest, double highest);
+
+/// Replaces the generated usage line of the help.
+void setUsage(CLI::App& app, const std::string& usage);
+
+// Each in a source file of its own. They add themselves to the command line.
+std::unique_ptr<Command> makeListenCommand(CLI::App& parent);
+std::unique_ptr<Command> makeSendCommand(CLI::App& parent);
+std::unique_ptr<Command> makeSimulateCommand(CLI::App& parent);
+std::unique_ptr<Command> makeTypesCommand(CLI::App& parent);
+
+}  // namespace VarnexTool

@@ -1,0 +1,75 @@
+#include "Command.h"
+#include "Endpoint.h"
+#include "EventLog.h"
+#include "Failure.h"
+#include "Listener.h"
+
+#include <Varnex/transport/Exception.h>
+#include <Varnex/transport/Server.h>
+
+#include <cstdlib>
+#include <cstring>
+
+#include <unistd.h>
+
+namespace VarnexTool {
+
+namespace {
+
+class ListenCommand : public Command {
+public:
+    explicit ListenCommand(CLI::App& parent);
+    void run() override;
+
+private:
+    void open(Varnex::Server& server) const;
+
+    std::string where_;
+    EventLog::Options options_;
+    double seconds_ = 0;
+};
+
+ListenCommand::ListenCommand(CLI::App& parent)
+    : Command(parent, "listen", "Accept connections and print each event on one line") {
+    app()
+        .add_option("[HOST:]PORT", where_,
+                    "Where to listen, such as 4711, 127.0.0.1:4711 or [::1]:4711; without a host at all IPv4 addresses "
+                    "of this machine; port 0: the system chooses one")
+        ->required();
+    app().add_flag("--json", options_.format.json, "Print one JSON object a line");
+    app().add_option("--count", options_.count, "End after this many events")->check(numberFrom(1, 1e18));
+    app().add_option("--seconds", seconds_, "End after this time")->check(numberFrom(0.001, 1e9));
+    app().add_flag("--quiet", options_.quiet, "Print no event lines");
+    app().add_flag("--summary", options_.summary,
+                   "Print at the end the number and rate of events, and their latency where the value of an event is "
+                   "the time of sending in nanoseconds since 1970");
+}
+
+void ListenCommand::run() {
+    Varnex::Server server;
+    open(server);
+    options_.format.colour = ::isatty(STDOUT_FILENO) == 1;
+    StopWatcher stop(std::chrono::duration<double>(seconds_), [&server] { wake(server); });
+    EventLog log(options_, stop);
+    EventLog::note("listening on " + Endpoint::of(server.getLocalAddress()).text());
+    Listener(server, log, stop).run();
+    log.finish();
+}
+
+void ListenCommand::open(Varnex::Server& server) const {
+    const Endpoint where = Endpoint::toListen(where_);
+    server.setPortSharing(false);  // a second listener would take every other connection away unnoticed
+    try {
+        server.open(where.host, where.port);
+    } catch (const Varnex::Exception& error) {
+        throw Failure(where.text() + ": " + error.what() + "; is the port taken, or the address not of this machine?");
+    }
+}
+
+}  // namespace
+
+std::unique_ptr<Command> makeListenCommand(CLI::App& parent) {
+    return std::make_unique<ListenCommand>(parent);
+}
+
+}  // namespace VarnexTool
