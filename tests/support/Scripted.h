@@ -54,12 +54,11 @@ struct SenderScript : Base {
     int takeAtMost = -1;  ///< -1: everything
     int failSend = 0;     ///< number of the send call that fails, from 1; 0: none
     int sendCalls = 0;
-    bool senderClosed = false;
 
     using Base::send;
     bool close() override {
-        if constexpr (requires { this->bytes; }) Base::close();
-        return senderClosed = true;
+        if constexpr (requires { this->bytes; }) return Base::close();
+        return true;
     }
     bool send(const void* data, int& n) override {
         if (++sendCalls == failSend) return n = 0, false;

@@ -7,9 +7,8 @@
 #include <functional>
 #include <memory>
 
-/// Two connected communicators; `server` and the like is kept as long as they need it.
+/// Two connected communicators.
 struct Channel {
-    std::shared_ptr<void> keep;
     std::unique_ptr<Varnex::Communicator> here, there;
 };
 

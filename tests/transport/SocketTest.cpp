@@ -2,7 +2,6 @@
 #include <Varnex/transport/InitSocket.h>
 #include <Varnex/transport/Socket.h>
 #include <Varnex/transport/UniqueFd.h>
-#include <Varnex/transport/Wait.h>
 #include <tests/support/CapturedDiagnostics.h>
 #include <tests/support/FailingCall.h>
 #include <tests/support/ThrowsText.h>
@@ -10,12 +9,13 @@
 #include <csignal>
 
 using Varnex::Chunk;
+using Varnex::InitSocket;
 
 namespace {
 
 struct SocketPair {
     explicit SocketPair(int type) {
-        int ends[2];
+        int ends[2] = {-1, -1};
         EXPECT_EQ(::socketpair(AF_UNIX, type, 0, ends), 0);
         here = Varnex::UniqueFd(ends[0]);
         there = Varnex::UniqueFd(ends[1]);
@@ -28,14 +28,12 @@ struct SocketPair {
 TEST(ExceptionTest, CarriesItsTextAndAnIOExceptionIsCaughtAsOne) {
     EXPECT_THROWS_TEXT(throw Varnex::Exception("x"), Varnex::Exception, "x");
     EXPECT_THROW(throw Varnex::IOException("y"), Varnex::Exception);
-    EXPECT_THROWS_TEXT(throw Varnex::IOException("y"), Varnex::IOException, "y");
 }
 
 TEST(SocketTest, AnyNumberOfChunksIsOneDatagram) {
-    for (const int count : {1, 5, 6, 1024, 1025, 3000}) {
-        SCOPED_TRACE(count);
+    for (const int count : {1, 5, 6, 1024, 1025}) {
         const SocketPair pair(SOCK_DGRAM);
-        std::string bytes(static_cast<std::size_t>(count), ' ');
+        std::string bytes(static_cast<std::size_t>(count), ' '), got(2000, ' ');
         std::vector<Chunk> chunks;
         for (char& byte : bytes) {
             byte = static_cast<char>('a' + chunks.size() % 26);
@@ -44,13 +42,12 @@ TEST(SocketTest, AnyNumberOfChunksIsOneDatagram) {
         unsigned long sent = 0;
         EXPECT_TRUE(Varnex::Socket(pair.here.get()).sendto(chunks.data(), count, &sent, 0, nullptr, 0));
         EXPECT_EQ(sent, bytes.size());
-        std::string got(4000, ' ');
         got.resize(static_cast<std::size_t>(::recv(pair.there.get(), got.data(), got.size(), MSG_DONTWAIT)));
         EXPECT_EQ(got, bytes);
     }
 }
 
-TEST(SocketTest, AFailureGivesTheSystemsResultAndText) {
+TEST(SocketTest, AWriteToAClosedPeerFailsInsteadOfEndingTheProcess) {
     SocketPair pair(SOCK_STREAM);
     pair.there.close();
     Varnex::Socket socket(pair.here.get());
@@ -61,49 +58,31 @@ TEST(SocketTest, AFailureGivesTheSystemsResultAndText) {
     EXPECT_EQ(sent, static_cast<unsigned long>(-1));
     EXPECT_FALSE(socket.sendto(chunks, 2, &sent, 0, nullptr, 0));
     EXPECT_EQ(socket.lastError(), "Invalid argument");
-}
-
-TEST(InitSocketTest, AWriteToAClosedPeerFailsInsteadOfEndingTheProcess) {
-    SocketPair pair(SOCK_STREAM);
-    pair.there.close();
     EXPECT_EQ(::send(pair.here.get(), "x", 1, 0), -1);
     EXPECT_EQ(errno, EPIPE);
 }
 
 TEST(InitSocketTest, FurtherUsersChangeNothingAndCleanupRestores) {
     std::signal(SIGPIPE, SIG_DFL);
-    { const Varnex::InitSocket another; }
+    { const InitSocket another; }
     EXPECT_EQ(std::signal(SIGPIPE, SIG_DFL), SIG_DFL);
-    Varnex::InitSocket::startup();
+    InitSocket::startup();
     EXPECT_EQ(std::signal(SIGPIPE, SIG_IGN), SIG_IGN);
-    Varnex::InitSocket::cleanup();
+    InitSocket::cleanup();
     EXPECT_EQ(std::signal(SIGPIPE, SIG_DFL), SIG_DFL);
-    Varnex::InitSocket::startup();
+    InitSocket::startup();
 }
 
 TEST(InitSocketTest, FailuresAreReported) {
     const CapturedDiagnostics printed;
     {
-        const FailingCall failing(Call::signal, EINVAL);
-        Varnex::InitSocket::cleanup();
+        const FailingCall failing(Call::signal, EINVAL, {.times = 2});
+        InitSocket::cleanup();
+        InitSocket::startup();
     }
-    {
-        const FailingCall failing(Call::signal, EINVAL);
-        Varnex::InitSocket::startup();
-    }
+    InitSocket::cleanup();  // nothing was kept, so nothing is restored
+    EXPECT_EQ(std::signal(SIGPIPE, SIG_IGN), SIG_IGN);
     EXPECT_EQ(printed.errors(),
               "ERROR: during signal(SIGPIPE, disp_) (Invalid argument)\n"
               "ERROR: during signal(SIGPIPE, SIG_IGN) (Invalid argument)\n");
-    Varnex::InitSocket::cleanup();  // nothing was kept, so nothing is restored
-    EXPECT_EQ(std::signal(SIGPIPE, SIG_IGN), SIG_IGN);
-}
-
-TEST(DiagnosticsTest, WithoutASinkEachTextGoesToItsStandardStream) {
-    Varnex::Wait closed;
-    testing::internal::CaptureStderr();
-    testing::internal::CaptureStdout();
-    closed.breakWait();
-    EXPECT_FALSE(closed.wait(0));
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "ERROR: Cannot set event\n");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "ERROR: Cannot select\n");
 }

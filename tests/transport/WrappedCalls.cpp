@@ -5,11 +5,19 @@
 #include <poll.h>
 #include <sys/socket.h>
 
-VARNEX_WRAP(int, accept4, (int fd, sockaddr* address, socklen_t* length, int flags), (fd, address, length, flags))
-VARNEX_WRAP(int, bind, (int fd, const sockaddr* address, socklen_t length), (fd, address, length))
+#define VARNEX_WRAP(Result, name, parameters, arguments)                  \
+    extern "C" Result __real_##name parameters;                           \
+    extern "C" Result __wrap_##name parameters {                          \
+        long result;                                                      \
+        if (FailingCall::take(Call::name, result)) return (Result)result; \
+        return __real_##name arguments;                                   \
+    }
+
+VARNEX_WRAP(int, accept4, (int fd, sockaddr* address, socklen_t* size, int flags), (fd, address, size, flags))
+VARNEX_WRAP(int, bind, (int fd, const sockaddr* address, socklen_t size), (fd, address, size))
 VARNEX_WRAP(int, close, (int fd), (fd))
-VARNEX_WRAP(int, connect, (int fd, const sockaddr* address, socklen_t length), (fd, address, length))
-VARNEX_WRAP(int, getsockname, (int fd, sockaddr* address, socklen_t* length), (fd, address, length))
+VARNEX_WRAP(int, connect, (int fd, const sockaddr* address, socklen_t size), (fd, address, size))
+VARNEX_WRAP(int, getsockname, (int fd, sockaddr* address, socklen_t* size), (fd, address, size))
 VARNEX_WRAP(int, listen, (int fd, int backlog), (fd, backlog))
 VARNEX_WRAP(int, pipe2, (int* ends, int flags), (ends, flags))
 VARNEX_WRAP(int, poll, (pollfd * descriptors, nfds_t count, int ms), (descriptors, count, ms))
