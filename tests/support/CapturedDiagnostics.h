@@ -8,31 +8,24 @@
 /// Collects what the library prints while it lives, from any thread; one object at a time.
 class CapturedDiagnostics {
 public:
-    CapturedDiagnostics() {
-        errors_.clear();
-        output_.clear();
-        previous_ = Varnex::setDiagnosticSink(&take);
-    }
+    CapturedDiagnostics() : previous_(Varnex::setDiagnosticSink(&take)) { texts_[0] = texts_[1] = ""; }
     ~CapturedDiagnostics() { Varnex::setDiagnosticSink(previous_); }
-    CapturedDiagnostics(const CapturedDiagnostics&) = delete;
-    CapturedDiagnostics& operator=(const CapturedDiagnostics&) = delete;
 
     /// Everything since construction, line ends included.
-    std::string errors() const { return read(errors_); }
-    std::string output() const { return read(output_); }
+    std::string errors() const { return read(Varnex::DiagnosticStream::Error); }
+    std::string output() const { return read(Varnex::DiagnosticStream::Output); }
 
 private:
     static void take(Varnex::DiagnosticStream stream, std::string_view text) {
         const std::lock_guard lock(mutex_);
-        (stream == Varnex::DiagnosticStream::Error ? errors_ : output_) += text;
+        texts_[static_cast<int>(stream)] += text;
     }
-    static std::string read(const std::string& text) {
+    static std::string read(Varnex::DiagnosticStream stream) {
         const std::lock_guard lock(mutex_);
-        return text;
+        return texts_[static_cast<int>(stream)];
     }
 
     static inline std::mutex mutex_;
-    static inline std::string errors_;
-    static inline std::string output_;
-    Varnex::DiagnosticSink previous_ = nullptr;
+    static inline std::string texts_[2];
+    Varnex::DiagnosticSink previous_;
 };

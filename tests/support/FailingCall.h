@@ -4,44 +4,24 @@
 #include <cerrno>
 
 /// The system calls that can fail in a program that wraps them.
-enum class Call {
-    accept4,
-    bind,
-    close,
-    connect,
-    getsockname,
-    listen,
-    pipe2,
-    poll,
-    recv,
-    send,
-    sendmsg,
-    setsockopt,
-    signal,
-    socket,
-    kCount
-};
+// clang-format off
+enum class Call { accept4, bind, close, connect, getsockname, listen, pipe2, poll, recv, send, sendmsg, setsockopt,
+                  signal, socket, kCount };
+// clang-format on
 
-struct CallAnswer {
-    int times = 1;
-    long result = -1;
-};
-
-/// While it lives, the next `answer.times` calls give `answer.result`, with `error` in `errno`.
+/// While it lives, the next `times` calls give `result`, with `error` in `errno`.
 class FailingCall {
 public:
-    explicit FailingCall(Call call, int error, CallAnswer answer = {}) : script_(scriptOf(call)) {
+    FailingCall(Call call, int error, long result = -1, int times = 1) : script_(scripts_[static_cast<int>(call)]) {
         script_.error = error;
-        script_.result = answer.result;
-        script_.left = answer.times;
+        script_.result = result;
+        script_.left = times;
     }
     ~FailingCall() { script_.left = 0; }
-    FailingCall(const FailingCall&) = delete;
-    FailingCall& operator=(const FailingCall&) = delete;
 
     /// For the wrappers: whether this call fails, with `errno` set.
     static bool take(Call call, long& result) {
-        Script& script = scriptOf(call);
+        Script& script = scripts_[static_cast<int>(call)];
         if (script.left <= 0 || script.left-- <= 0) return false;
         errno = script.error;
         result = script.result;
@@ -50,14 +30,10 @@ public:
 
 private:
     struct Script {
-        std::atomic<int> left = 0;
-        int error = 0;
-        long result = 0;
+        std::atomic<int> left;
+        int error;
+        long result;
     };
-    static Script& scriptOf(Call call) {
-        static Script all[static_cast<int>(Call::kCount)];
-        return all[static_cast<int>(call)];
-    }
-
+    static inline Script scripts_[static_cast<int>(Call::kCount)];
     Script& script_;
 };

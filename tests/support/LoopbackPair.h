@@ -3,11 +3,9 @@
 #include <Varnex/transport/Client.h>
 #include <Varnex/transport/Server.h>
 
-#include <filesystem>
-#include <iterator>
 #include <memory>
 
-/// A listening server on a free port of 127.0.0.1, a client and the server's end of their connection.
+/// A server on a free port of 127.0.0.1, a client and the server's end of their connection.
 struct LoopbackPair {
     Varnex::Server server;
     Varnex::Client client;
@@ -22,8 +20,3 @@ struct LoopbackPair {
         peer.reset(server.getClient());
     }
 };
-
-/// How many descriptors the process has open.
-inline auto openDescriptors() {
-    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-}

@@ -1,27 +1,39 @@
-#include "CommunicatorContract.h"
-
 #include <Varnex/transport/BufferedCommunicator.h>
 #include <tests/support/LoopbackPair.h>
+
+#include <gtest/gtest.h>
 
 #include <thread>
 
 using Varnex::Chunk;
 
-namespace {
+struct Channel {
+    std::unique_ptr<Varnex::Communicator> here, there;
+};
 
-std::string receive(Varnex::Communicator& from) {
+struct ChannelKind {
+    const char* name;
+    bool isStream;  // tells the end of the stream
+    Channel (*make)();
+};
+
+/// What every communicator does, whatever it runs over.
+struct CommunicatorContract : testing::TestWithParam<ChannelKind> {
+    Channel channel = GetParam().make();
+    Varnex::Communicator &here = *channel.here, &there = *channel.there;
+};
+
+static std::string receive(Varnex::Communicator& from) {
     char bytes[100];
     int n = sizeof bytes;
     if (!from.receive(bytes, n)) return "(failed)";
     return {bytes, static_cast<std::size_t>(n)};
 }
 
-bool send(Varnex::Communicator& to, const std::string& text) {
+static bool send(Varnex::Communicator& to, const std::string& text) {
     int n = static_cast<int>(text.size());
     return to.send(text.data(), n) && n == static_cast<int>(text.size());
 }
-
-}  // namespace
 
 TEST_P(CommunicatorContract, BytesArriveAsSentInBothDirections) {
     const Chunk chunks[] = {{"a", 1}, {"", 0}, {"bcd", 3}};
@@ -96,4 +108,4 @@ static Channel makeBuffered() {
 INSTANTIATE_TEST_SUITE_P(Streams, CommunicatorContract,
                          testing::Values(ChannelKind{"TCP", true, makeTcp},
                                          ChannelKind{"Buffered", true, makeBuffered}),
-                         nameOfKind);
+                         [](const auto& kind) { return kind.param.name; });

@@ -13,18 +13,15 @@
 
 #include <sys/time.h>
 
-using std::chrono::milliseconds;
-using std::chrono::steady_clock;
-
 namespace {
 
 /// Interrupts the main thread's system calls every millisecond while it lives.
 class SignalStorm {
 public:
     SignalStorm() {
-        struct sigaction action {};
+        struct sigaction action {};  // without SA_RESTART
         action.sa_handler = [](int) {};
-        EXPECT_EQ(::sigaction(SIGALRM, &action, nullptr), 0);
+        ::sigaction(SIGALRM, &action, nullptr);
         set(1000);
     }
     ~SignalStorm() { set(0); }
@@ -32,7 +29,7 @@ public:
 private:
     static void set(int microseconds) {
         const itimerval interval{{0, microseconds}, {0, microseconds}};
-        EXPECT_EQ(::setitimer(ITIMER_REAL, &interval, nullptr), 0);
+        ::setitimer(ITIMER_REAL, &interval, nullptr);
     }
 };
 
@@ -44,13 +41,11 @@ TEST(InterruptionTest, WaitsKeepTheirResultsAndLimits) {
     Varnex::Wait wait;
     ASSERT_TRUE(wait.open());
     const SignalStorm storm;
-    const auto begin = steady_clock::now();
+    const auto begin = std::chrono::steady_clock::now();
     EXPECT_TRUE(wait.wait(40));
     EXPECT_EQ(pair.client.waitForData(40), 3);
     EXPECT_EQ(pair.server.waitForClient(40), 2);
-    const auto elapsed = steady_clock::now() - begin;
-    EXPECT_GE(elapsed, milliseconds(120));
-    EXPECT_LT(elapsed, milliseconds(10000));
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(120));
     EXPECT_EQ(printed.errors() + printed.output(), "");
 }
 
@@ -79,30 +74,33 @@ TEST(InterruptionTest, SendsGoOnAfterPartialWrites) {
     EXPECT_TRUE(count == got.size() && got == bytes + bytes);
 }
 
-TEST(InterruptionTest, ASendLimitHoldsUnderSignals) {
-    const CapturedDiagnostics printed;
+TEST(InterruptionTest, ASendToAPeerThatNeverReadsEndsAtItsLimit) {
     LoopbackPair pair;
     ASSERT_TRUE(pair.client.setSendTimeout(50));
     const std::string bytes(20000000, 'x');
-    const SignalStorm storm;
-    int n = static_cast<int>(bytes.size());
-    EXPECT_FALSE(pair.client.send(bytes.data(), n));
     const Varnex::Chunk chunk{bytes.data(), 20000000};
-    EXPECT_FALSE(pair.client.send(&chunk, 1, n));
-    EXPECT_EQ(printed.errors(), "ERROR: Cannot send (Resource temporarily unavailable)\n");
+    for (const bool signals : {false, true}) {
+        const CapturedDiagnostics printed;
+        const auto storm = signals ? std::make_unique<SignalStorm>() : nullptr;
+        pair.connect();
+        int n = 20000000;
+        EXPECT_FALSE(pair.client.send(bytes.data(), n));
+        EXPECT_TRUE(n > 0 && n < 20000000);
+        EXPECT_FALSE(pair.client.send(&chunk, 1, n));
+        EXPECT_EQ(printed.errors(), "ERROR: Cannot send (Resource temporarily unavailable)\n");
+    }
 }
 
 TEST(InterruptionTest, InterruptedCallsAreRepeated) {
     const CapturedDiagnostics printed;
     LoopbackPair pair;
-    const FailingCall send(Call::send, EINTR, {.times = 3}), sendmsg(Call::sendmsg, EINTR, {.times = 3});
-    const FailingCall recv(Call::recv, EINTR, {.times = 3}), accept(Call::accept4, EINTR, {.times = 3});
+    const FailingCall send(Call::send, EINTR, -1, 3), sendmsg(Call::sendmsg, EINTR, -1, 3);
+    const FailingCall recv(Call::recv, EINTR, -1, 3), accept(Call::accept4, EINTR, -1, 3);
     const Varnex::Chunk chunk{"b", 1};
     char bytes[3] = {};
     int n = 1, sent = 0;
-    EXPECT_TRUE(pair.client.send("a", n));
-    EXPECT_TRUE(pair.client.send(&chunk, 1, sent));
-    EXPECT_TRUE(pair.peer->receive(bytes, n = 2));
+    pair.peer->setReceiveFlags(MSG_WAITALL);
+    EXPECT_TRUE(pair.client.send("a", n) && pair.client.send(&chunk, 1, sent) && pair.peer->receive(bytes, n = 2));
     EXPECT_STREQ(bytes, "ab");
     pair.connect();
     EXPECT_EQ(printed.errors(), "");

@@ -18,26 +18,13 @@
 using Varnex::Chunk;
 using Varnex::Client;
 
-namespace {
-
-int sendOne(Client& client) {
-    int n = 1;
-    return client.send("x", n) ? n : -1 - n;
-}
-int sendChunk(Client& client) {
-    const Chunk chunk{"x", 1};
-    int n = 7;
-    return client.send(&chunk, 1, n) ? n : -1 - n;
-}
-int receiveOne(Client& client) {
-    char byte;
-    int n = 1;
-    return client.receive(&byte, n) ? n : -1;
-}
-
-}  // namespace
-
 TEST(NetCommunicatorTest, EachFailureHasItsResultAndText) {
+    int n = 1;
+    char byte = 0;
+    const Chunk chunk{"x", 1};
+    const auto send = [&](Client& client) { return client.send("x", n = 1) ? 10 + n : n; };
+    const auto sendChunk = [&](Client& client) { return client.send(&chunk, 1, n = 7) ? 10 + n : n; };
+    const auto receive = [&](Client& client) { return int{client.receive(&byte, n = 1)}; };
     const auto wait = [](Client& client) { return client.waitForData(-1); };
     const auto wake = [](Client& client) { return client.breakWait(), 0; };
     const auto close = [](Client& client) { return client.close() + 2 * client.isOpen(); };
@@ -51,11 +38,11 @@ TEST(NetCommunicatorTest, EachFailureHasItsResultAndText) {
         int result;
         const char *errors, *output = "";
     } cases[] = {
-        {Call::send, EIO, -1, sendOne, -1, "ERROR: Cannot send (Input/output error)\n"},
-        {Call::send, 0, 0, sendOne, 0, ""},
-        {Call::sendmsg, EIO, -1, sendChunk, -1, ""},
-        {Call::sendmsg, 0, 0, sendChunk, -1, ""},
-        {Call::recv, EIO, -1, receiveOne, -1, "ERROR: Cannot receive (Input/output error)\n"},
+        {Call::send, EIO, -1, send, 0, "ERROR: Cannot send (Input/output error)\n"},
+        {Call::send, 0, 0, send, 10, ""},
+        {Call::sendmsg, EIO, -1, sendChunk, 0, ""},
+        {Call::sendmsg, 0, 0, sendChunk, 0, ""},
+        {Call::recv, EIO, -1, receive, 0, "ERROR: Cannot receive (Input/output error)\n"},
         {Call::poll, EBADF, -1, wait, 0, "", "ERROR: Cannot select\n"},
         {Call::poll, 0, 1, wait, 0, ""},
         {Call::pipe2, EMFILE, -1, wait, 0, "ERROR: Cannot create event\n"},
@@ -63,7 +50,7 @@ TEST(NetCommunicatorTest, EachFailureHasItsResultAndText) {
         {Call::close, EIO, -1, close, 0, "ERROR: While closing (Input/output error)!\n"},
         {Call::close, EINTR, -1, close, 1, ""},
         {Call::setsockopt, EIO, -1, limit, 0,
-         "ERROR: NetCommunicator: cannot set connection options (Input/output error)\n"},
+         "ERROR: NetCommunicator: cannot set connection option (Input/output error)\n"},
         {Call::setsockopt, EIO, -1, noDelay, 0, "ERROR: NetCommunicator: cannot set tcpNoDelay\n"},
     };
     for (const auto& c : cases) {
@@ -71,7 +58,7 @@ TEST(NetCommunicatorTest, EachFailureHasItsResultAndText) {
         const int descriptor = pair.client.getDescriptor();
         const CapturedDiagnostics printed;
         {
-            const FailingCall failing(c.call, c.error, {.result = c.callResult});
+            const FailingCall failing(c.call, c.error, c.callResult);
             EXPECT_EQ(c.operation(pair.client), c.result) << c.errors;
         }
         EXPECT_EQ(printed.errors(), c.errors);
@@ -91,7 +78,8 @@ TEST(NetCommunicatorTest, ClosedAndWronglyTimedUsesFail) {
     pair.client.close();
     int n = 1;
     EXPECT_FALSE(pair.client.dataAvail(n) || pair.client.waitForData() || pair.client.getTcpNoDelay());
-    EXPECT_EQ(sendChunk(pair.client), -1);
+    const Chunk chunk{"x", 1};
+    EXPECT_FALSE(pair.client.send(&chunk, 1, n));
     EXPECT_EQ(printed.errors(), "ERROR: NetCommunicator: cannot get tcpNoDelay\n");
 }
 
@@ -102,8 +90,10 @@ TEST(NetCommunicatorTest, AConnectionThatThePeerResetsHasEnded) {
     ASSERT_EQ(::setsockopt(pair.peer->getDescriptor(), SOL_SOCKET, SO_LINGER, &abort, sizeof abort), 0);
     pair.peer->close();
     EXPECT_EQ(pair.client.waitForData(60000), 2);
-    EXPECT_EQ(receiveOne(pair.client), 0);
-    EXPECT_EQ(sendOne(pair.client), -1);
+    char byte;
+    int n = 1;
+    EXPECT_TRUE(pair.client.receive(&byte, n) && n == 0);
+    EXPECT_FALSE(pair.client.send("x", n = 1));
     EXPECT_EQ(printed.errors(), "ERROR: Cannot send (Broken pipe)\n");
 }
 
@@ -124,30 +114,6 @@ TEST(NetCommunicatorTest, WaiterAndWakerMayMakeThePipeTogether) {
     }
 }
 
-TEST(NetCommunicatorTest, AGatheredSendResumesInsideAChunk) {
-    LoopbackPair pair;
-    const Chunk chunks[] = {{"", 0}, {"abc", 3}, {"def", 3}}, wrong[] = {{"abc", 3}, {"def", -1}};
-    const FailingCall partial(Call::sendmsg, 0, {.result = 4});  // pretends that 4 bytes went
-    int sent = 0, n = 8;
-    char rest[8] = {};
-    EXPECT_TRUE(pair.client.send(chunks, 3, sent) && sent == 6);
-    EXPECT_TRUE(pair.peer->receive(rest, n));
-    EXPECT_STREQ(rest, "ef");
-    EXPECT_TRUE(pair.client.send(chunks, 1, sent) && sent == 0);
-    EXPECT_FALSE(pair.client.send(wrong, 2, sent));
-}
-
-TEST(NetCommunicatorTest, ASendToAPeerThatNeverReadsEndsAtItsLimit) {
-    const CapturedDiagnostics printed;
-    LoopbackPair pair;
-    ASSERT_TRUE(pair.client.setSendTimeout(50));
-    const std::string bytes(20000000, 'x');
-    int n = 20000000;
-    EXPECT_FALSE(pair.client.send(bytes.data(), n));
-    EXPECT_THAT(n, testing::AllOf(testing::Gt(0), testing::Lt(20000000)));
-    EXPECT_EQ(printed.errors(), "ERROR: Cannot send (Resource temporarily unavailable)\n");
-}
-
 TEST(NetCommunicatorTest, ManyOpenDescriptorsDoNoHarm) {
     rlimit limit{};
     ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &limit), 0);
@@ -159,12 +125,12 @@ TEST(NetCommunicatorTest, ManyOpenDescriptorsDoNoHarm) {
     LoopbackPair pair;
     EXPECT_EQ(pair.server.waitForClient(0), 2);
     EXPECT_EQ(pair.client.waitForData(0), 3);
-    EXPECT_EQ(sendOne(*pair.peer), 1);
+    int n = 1;
+    EXPECT_TRUE(pair.peer->send("x", n));
     EXPECT_EQ(pair.client.waitForData(60000), 2);
 }
 
 TEST(NetCommunicatorTest, OptionsHoldForLaterConnectionsTooUnlessRefused) {
-    const CapturedDiagnostics printed;
     LoopbackPair pair;
     Client& client = pair.client;
     const auto option = [&](int level, int name) {
@@ -175,15 +141,13 @@ TEST(NetCommunicatorTest, OptionsHoldForLaterConnectionsTooUnlessRefused) {
     EXPECT_EQ(option(SOL_SOCKET, SO_KEEPALIVE), 0);
     EXPECT_FALSE(client.setKeepAlive(-1) || client.setUserTimeout(-1) || client.setSendTimeout(-1));
     EXPECT_FALSE(client.setKeepAlive(40000));
-    EXPECT_EQ(printed.errors(), "ERROR: NetCommunicator: cannot set connection options (Invalid argument)\n");
     EXPECT_TRUE(client.setKeepAlive(40) && client.setUserTimeout(5000) && client.setSendTimeout(1500));
     client.setTcpNoDelay(true);
     EXPECT_TRUE(client.getTcpNoDelay());
     for (int round = 0; round < 2; ++round, client.close(), pair.connect()) {
-        EXPECT_EQ(option(SOL_SOCKET, SO_KEEPALIVE), 1);
-        EXPECT_EQ(option(IPPROTO_TCP, TCP_KEEPIDLE), 40);
-        EXPECT_EQ(option(IPPROTO_TCP, TCP_KEEPINTVL), 10);
-        EXPECT_EQ(option(IPPROTO_TCP, TCP_USER_TIMEOUT), 5000);
-        EXPECT_EQ(option(SOL_SOCKET, SO_SNDTIMEO), 1);  // the seconds come first
+        const int values[] = {option(SOL_SOCKET, SO_KEEPALIVE), option(IPPROTO_TCP, TCP_KEEPIDLE),
+                              option(IPPROTO_TCP, TCP_KEEPINTVL), option(IPPROTO_TCP, TCP_USER_TIMEOUT),
+                              option(SOL_SOCKET, SO_SNDTIMEO)};
+        EXPECT_THAT(values, testing::ElementsAre(1, 40, 10, 5000, 1));  // of the send limit the seconds come first
     }
 }
