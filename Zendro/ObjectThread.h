@@ -5,6 +5,8 @@
 namespace Zendro {
 
 /// A thread that runs a member function of an object. The object outlives the thread and is not owned.
+///
+/// Its destructor joins, so the owner ends the function's loop first: a flag, then a wake-up of what it blocks on.
 template <class T>
 class ObjectThread final : public Thread {
 public:

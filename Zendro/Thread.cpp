@@ -1,17 +1,13 @@
 #include <Zendro/Thread.h>
 
-#include <exception>
-#include <iostream>
-#include <string>
+#include <atomic>
 #include <system_error>
 
 namespace Zendro {
 
 namespace {
 
-void printError(const std::string& text) {
-    std::cerr << "ERROR: " + text + "\n" << std::flush;
-}
+constinit std::atomic<Thread::FailureHandler> failureHandler = nullptr;
 
 }  // namespace
 
@@ -35,13 +31,14 @@ int Thread::join() {
 void Thread::run() noexcept {
     try {
         result_ = main();
-        return;
-    } catch (const std::exception& e) {
-        printError(e.what());
     } catch (...) {
-        printError("A thread ended with an unknown exception");
+        if (const FailureHandler handler = failureHandler) handler();
+        result_ = -1;
     }
-    result_ = -1;
+}
+
+void Thread::setFailureHandler(FailureHandler handler) {
+    failureHandler = handler;
 }
 
 }  // namespace Zendro

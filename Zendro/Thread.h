@@ -9,7 +9,7 @@ namespace Zendro {
 /// A thread of execution that runs `main()` between `start()` and `join()`.
 ///
 /// One owner starts and joins it. A subclass joins in its own destructor, while its members still live; the base
-/// destructor only checks that this was done.
+/// destructor only checks that this was done. Whatever `main()` blocks on is for the owner to end before the join.
 class ZENDRO_API Thread {
 public:
     Thread() = default;
@@ -19,14 +19,21 @@ public:
     /// The thread has been joined by now, or was never started; anything else ends the process.
     virtual ~Thread();
 
-    /// Begins `main()`. False when the thread runs already or the system cannot make one.
+    /// Begins `main()`. False when an earlier start was not joined yet or the system cannot make a thread.
     bool start();
 
-    /// Waits for the end of `main()` and returns what it returned; at once when the thread is not started.
+    /// Waits for the end of `main()` and returns what it returned; at once when the thread is not started. Not for the
+    /// thread itself.
     int join();
 
+    /// Called on a thread whose `main()` lets an exception escape, while it is being handled (`throw;` finds it).
+    using FailureHandler = void (*)();
+
+    /// Replaces the handler for the whole process; null, the first one, reports nothing.
+    static void setFailureHandler(FailureHandler handler);
+
 protected:
-    /// The thread's work. Whatever escapes from it is printed as an "ERROR: " line and ends it with -1.
+    /// The thread's work. Whatever escapes from it goes to the failure handler, and `join()` returns -1.
     virtual int main() = 0;
 
 private:

@@ -10,22 +10,22 @@
 
 inline std::atomic<long> allocationCount = 0;
 
-void* operator new(std::size_t size) {
+[[gnu::noinline]] void* operator new(std::size_t size) {
     allocationCount.fetch_add(1, std::memory_order_relaxed);
     if (void* memory = std::malloc(size)) return memory;
     throw std::bad_alloc();
 }
 
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
     allocationCount.fetch_add(1, std::memory_order_relaxed);
     return std::malloc(size);
 }
 
-void operator delete(void* memory) noexcept {
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
     std::free(memory);
 }
 
-void operator delete(void* memory, std::size_t) noexcept {
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
     std::free(memory);
 }
 

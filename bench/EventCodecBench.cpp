@@ -19,6 +19,7 @@ namespace {
 /// Takes everything and keeps nothing.
 class NullSender : public Varnex::Sender {
 public:
+    using Sender::send;
     bool close() override { return true; }
     bool send(const void* data, int&) override {
         benchmark::DoNotOptimize(data);

@@ -1,7 +1,8 @@
 #include <Varnex/events/Event.h>
 
 #include <Varnex/events/BigEndian.h>
-#include <Varnex/transport/Diagnostics.h>
+#include <Varnex/events/EventHeader.h>
+#include <Varnex/transport/PrintLine.h>
 #include <Varnex/transport/Sender.h>
 
 #include <algorithm>
@@ -17,8 +18,6 @@ namespace Varnex {
 namespace {
 
 constexpr int kFirstBufferSize = 1024;
-constexpr int kMagicSize = 4;
-constexpr int kLengthOffset = 4;
 
 /// The received magic as text that a terminal can show: up to the first NUL, anything but printable ASCII as "?".
 std::string printable(const char* magic) {
@@ -65,7 +64,9 @@ void Event::getFields() {
         printError("ERROR: " + printable(magic) + "is not a valid Event magic key !");
         return;
     }
-    getField(_size);
+    int length = 0;
+    getField(length);
+    _size = std::min(length, _size);  // whatever a header claims, no read goes beyond the bytes that are there
     getField(_typeID);
     getField(_tag);
     _valid = true;
@@ -97,24 +98,22 @@ int Event::read() {
 }
 
 bool Event::send(Sender* s) {
+    const BufferGuard guard(*this);
     const int length = serialise();
     int n = length;
-    const bool ok = length > 0 && s->send(_buffer, n) && n == length;
-    releaseBuffer();
-    return ok;
+    return length > 0 && s->send(_buffer, n) && n == length;
 }
 
 std::ostream& operator<<(std::ostream& os, Event& e) {
+    const Event::BufferGuard guard(e);
     if (const int length = e.serialise(); length > 0) os.write(e._buffer, length);
-    e.releaseBuffer();
     return os;
 }
 
-/// Writes into a fresh buffer, which `releaseBuffer` frees.
+/// Writes into a fresh buffer.
 int Event::serialise() {
     _buffer = _pos = new (std::nothrow) char[kFirstBufferSize];
     _size = _buffer == nullptr ? 0 : kFirstBufferSize;
-    _borrowed = false;
     return write();
 }
 
@@ -122,7 +121,7 @@ void Event::releaseBuffer() {
     if (!_borrowed) delete[] _buffer;
     _buffer = _pos = nullptr;
     _size = 0;
-    _borrowed = false;
+    _borrowed = _quiet = false;
 }
 
 void Event::addData(const void* data, long n) {
@@ -142,7 +141,7 @@ bool Event::grow(long long needed) {
         _tooLarge = true;
         return false;
     }
-    if (!_borrowed) printError("Varnex::Event: Resize buffer to " + std::to_string(size));
+    if (!_quiet) printError("Varnex::Event: Resize buffer to " + std::to_string(size));
     const auto written = _pos - _buffer;
     if (written > 0) std::memcpy(bigger, _buffer, static_cast<std::size_t>(written));
     if (!_borrowed) delete[] _buffer;

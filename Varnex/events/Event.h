@@ -4,6 +4,7 @@
 #include <Varnex/events/EventType.h>
 
 #include <iosfwd>
+#include <memory>
 #include <string>
 
 namespace Varnex {
@@ -58,7 +59,8 @@ public:
     /// cannot come this way, see `EventReader`.
     static bool receive(Receiver* r, Event*& out);
 
-    /// Reads one event from a stream. False, without a line, at its end or when it breaks off.
+    /// Reads one event from a stream. False, without a line, at its end, when it breaks off, and when the length is
+    /// below that of a header or over the limit.
     static bool receive(std::istream& is, Event*& out);
 
     /// Makes the one event that `size` bytes of memory hold, such as a datagram. False, with an ERROR line, when they
@@ -71,8 +73,8 @@ public:
     /// Writes the serialised event to a file, as it is or as decimal numbers, and reports it on the output stream.
     void dump(const char* fileName, bool binary);
 
-    /// The longest event that is received, header included; a longer one counts as incomplete. 0: no limit. For the
-    /// whole process, from any thread.
+    /// The longest event that is received, header included; a longer one counts as incomplete. 0: no limit but the 2^31
+    /// - 1 bytes that an event can have. For the whole process, from any thread.
     static void setMaxLength(unsigned int bytes);
     [[nodiscard]] static unsigned int getMaxLength();
 
@@ -115,9 +117,11 @@ protected:
     /// Bytes between the position and the end of the event, or of the buffer while writing.
     [[nodiscard]] long remaining() const { return _buffer + _size - _pos; }
 
-    /// Serialises into the buffer that the caller has set up; the number of bytes, 0 when the event is too large.
+    /// Serialises into the buffer that the caller has set up with `new char[]`: `_buffer` and `_pos` at its beginning
+    /// and
+    /// `_size` its capacity; growing may replace it. The number of bytes, 0 when the event is too large.
     int write();
-    /// Takes header and fields from the buffer; the number of bytes consumed.
+    /// Takes header and fields from the `_size` bytes at `_buffer`; the number of bytes consumed.
     int read();
 
     static const char _magic[5];
@@ -138,6 +142,18 @@ private:
     template <class UInt>
     [[nodiscard]] UInt takeNumber();
 
+    /// Gives the buffer back when an operation ends, also by an exception of an override.
+    class BufferGuard {
+    public:
+        explicit BufferGuard(Event& event) : event_(event) {}
+        ~BufferGuard() { event_.releaseBuffer(); }
+        BufferGuard(const BufferGuard&) = delete;
+        BufferGuard& operator=(const BufferGuard&) = delete;
+
+    private:
+        Event& event_;
+    };
+
     bool grow(long long needed);
     [[nodiscard]] int serialise();
     void releaseBuffer();
@@ -145,9 +161,11 @@ private:
     enum class HeaderVerdict { Good, BadLength, Refused };
     static HeaderVerdict checkHeader(const char* header, const EventType*& type, int& length);
     [[nodiscard]] static bool isTooLong(int length);
-    static bool parseFields(const EventType& type, const char* data, int length, Event*& out);
+    [[nodiscard]] static std::unique_ptr<Event> makeEvent(const EventType& type, const char* data, int length);
+    static bool deliver(std::unique_ptr<Event> event, Event*& out);
 
-    bool _borrowed = false;  // the buffer belongs to a batch: growing neither frees nor announces it
+    bool _borrowed = false;  // the buffer is somebody else's: it is not freed
+    bool _quiet = false;     // growing is not announced
     bool _tooLarge = false;
 };
 

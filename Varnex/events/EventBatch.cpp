@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <climits>
 #include <cstring>
+#include <new>
+#include <utility>
 
 namespace Varnex {
 
@@ -17,19 +19,18 @@ constexpr int kRoomForOneEvent = 1024;
 }  // namespace
 
 bool EventBatch::add(Event& event) {
-    reserve(kRoomForOneEvent);
+    if (!reserve(kRoomForOneEvent)) return false;
+    const Event::BufferGuard guard(event);
     char* const room = buffer_.get() + used_;
     event._buffer = event._pos = room;
     event._size = capacity_ - used_;
-    event._borrowed = true;
+    event._borrowed = event._quiet = true;
     const int length = event.write();
-    const bool fits = length > 0 && wouldFit(length);
-    if (fits && event._buffer != room) {  // it outgrew the room and took a buffer of its own
-        reserve(length);
+    if (length <= 0 || !event._valid || !wouldFit(length)) return false;
+    if (event._buffer != room) {  // it outgrew the room and took a buffer of its own
+        if (!reserve(length)) return false;
         std::memcpy(buffer_.get() + used_, event._buffer, static_cast<std::size_t>(length));
     }
-    event.releaseBuffer();
-    if (!fits) return false;
     used_ += length;
     ++count_;
     return true;
@@ -47,15 +48,18 @@ void EventBatch::clear() {
     count_ = 0;
 }
 
-/// Makes room for `bytes` more.
-void EventBatch::reserve(int bytes) {
-    if (capacity_ - used_ >= bytes) return;
+/// Makes room for `bytes` more. False when there is no memory for it.
+bool EventBatch::reserve(int bytes) {
+    if (capacity_ - used_ >= bytes) return true;
     const long long needed = static_cast<long long>(used_) + bytes;
+    if (needed > INT_MAX) return false;
     const long long size = std::min<long long>(INT_MAX, std::max<long long>({kFirstCapacity, 2LL * capacity_, needed}));
-    auto bigger = std::make_unique_for_overwrite<char[]>(static_cast<std::size_t>(size));
+    std::unique_ptr<char[]> bigger(new (std::nothrow) char[static_cast<std::size_t>(size)]);
+    if (bigger == nullptr) return false;
     if (used_ > 0) std::memcpy(bigger.get(), buffer_.get(), static_cast<std::size_t>(used_));
     buffer_ = std::move(bigger);
     capacity_ = static_cast<int>(size);
+    return true;
 }
 
 bool EventBatch::wouldFit(int bytes) const {

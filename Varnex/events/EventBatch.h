@@ -19,8 +19,8 @@ public:
     EventBatch(const EventBatch&) = delete;
     EventBatch& operator=(const EventBatch&) = delete;
 
-    /// Appends the event as it is now. False when it cannot be serialised or would not fit the limit; the batch is as
-    /// before then.
+    /// Appends the event as it is now. False when it cannot be serialised, has no header because an override does not
+    /// call its parent, or would not fit the limit; the batch is as before then.
     bool add(Event& event);
 
     /// Sends everything in one call of the sender; the batch is empty after success. False when not all was taken: the
@@ -35,11 +35,12 @@ public:
     [[nodiscard]] int getSize() const { return used_; }
     [[nodiscard]] int getCount() const { return count_; }
 
-    /// The largest batch in bytes, for later `add` calls; 0: no limit of its own.
+    /// The largest batch in bytes, for later `add` calls; 0 or less: no limit but memory and the 2^31 - 1 bytes of one
+    /// send.
     void setMaxBytes(int bytes) { maxBytes_ = bytes; }
 
 private:
-    void reserve(int bytes);
+    [[nodiscard]] bool reserve(int bytes);
     [[nodiscard]] bool wouldFit(int bytes) const;
 
     std::unique_ptr<char[]> buffer_;

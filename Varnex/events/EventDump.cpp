@@ -1,6 +1,6 @@
 #include <Varnex/events/Event.h>
 
-#include <Varnex/transport/Diagnostics.h>
+#include <Varnex/transport/PrintLine.h>
 
 #include <cstdio>
 #include <memory>
@@ -32,7 +32,8 @@ std::string decimalText(const char* bytes, int count) {
 
 void Event::dump(const char* fileName, bool binary) {
     const std::string name = fileName == nullptr ? "" : fileName;
-    const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(name.c_str(), "w"));
+    const BufferGuard guard(*this);
+    std::unique_ptr<std::FILE, CloseFile> file(std::fopen(name.c_str(), "we"));
     const int length = serialise();
     printOutputPart("Dump " + std::to_string(length) + " bytes to " + name + (binary ? "(bin)" : "(ascii)") + " ... ");
     if (file == nullptr) {
@@ -41,9 +42,9 @@ void Event::dump(const char* fileName, bool binary) {
         const std::string text =
             binary ? std::string(_buffer, static_cast<std::size_t>(length)) : decimalText(_buffer, length);
         std::fwrite(text.data(), 1, text.size(), file.get());
+        file.reset();
         printOutput("done");
     }
-    releaseBuffer();
 }
 
 }  // namespace Varnex

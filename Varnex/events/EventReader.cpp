@@ -1,6 +1,7 @@
 #include <Varnex/events/EventReader.h>
 
 #include <Varnex/events/BigEndian.h>
+#include <Varnex/events/EventHeader.h>
 #include <Varnex/transport/Receiver.h>
 
 #include <algorithm>
@@ -8,16 +9,11 @@
 #include <cstdint>
 #include <cstring>
 #include <istream>
-#include <string_view>
 #include <utility>
 
 namespace Varnex {
 
 namespace {
-
-constexpr std::string_view kMagic = "VX01";
-constexpr std::size_t kLengthOffset = 4;
-constexpr std::size_t kTypeOffset = 8;
 
 constexpr std::size_t kFirstCapacity = 4096;
 constexpr std::size_t kSkipStep = 65536;
@@ -27,16 +23,18 @@ constexpr std::size_t kKeptCapacity = 1 << 20;  // a larger buffer is given back
 
 EventReader::Result EventReader::read(int ms) {
     if (!fault_.empty()) return breakOff(fault_);
-    Step step = headerRead_ ? Step::Done : readHeader(ms);
-    if (step == Step::Done) step = type_ == nullptr ? skipBody(ms) : fill(length_, ms);
+    deadline_ = ms > 0 ? Clock::now() + std::chrono::milliseconds(ms) : Clock::time_point();
+    waitMs_ = ms;
+    Step step = headerRead_ ? Step::Done : readHeader();
+    if (step == Step::Done) step = type_ == nullptr ? skipBody() : fill(length_);
     if (step != Step::Done) return stop(step);
-    return type_ == nullptr ? finish(Status::Unknown) : makeEvent();
+    return finish();
 }
 
 /// Takes a header that is right, throwing bytes away before it when that is wanted.
-EventReader::Step EventReader::readHeader(int ms) {
+EventReader::Step EventReader::readHeader() {
     for (;;) {
-        if (const Step step = fill(Event::kHeaderSize, ms); step != Step::Done) return step;
+        if (const Step step = fill(Event::kHeaderSize); step != Step::Done) return step;
         std::string fault = headerFault();
         if (fault.empty()) break;
         if (!resynchronise_) {
@@ -53,7 +51,7 @@ EventReader::Step EventReader::readHeader(int ms) {
 }
 
 std::string EventReader::headerFault() const {
-    if (std::memcmp(buffer_.get(), kMagic.data(), kMagic.size()) != 0) return "wrong magic";
+    if (std::memcmp(buffer_.get(), Event::_magic, kMagicSize) != 0) return "wrong magic";
     const std::size_t length = loadBigEndian<std::uint32_t>(buffer_.get() + kLengthOffset);
     const std::size_t limit = maxLength_ == 0 ? INT_MAX : std::min<std::size_t>(maxLength_, INT_MAX);
     if (length < Event::kHeaderSize) return "length " + std::to_string(length) + " is below that of a header";
@@ -65,8 +63,8 @@ std::string EventReader::headerFault() const {
 void EventReader::dropToNextMagic() {
     std::size_t dropped = 1;
     while (dropped < have_) {
-        const std::size_t known = std::min(kMagic.size(), have_ - dropped);
-        if (std::memcmp(buffer_.get() + dropped, kMagic.data(), known) == 0) break;
+        const std::size_t known = std::min(kMagicSize, have_ - dropped);
+        if (std::memcmp(buffer_.get() + dropped, Event::_magic, known) == 0) break;
         ++dropped;
     }
     have_ -= dropped;
@@ -75,21 +73,21 @@ void EventReader::dropToNextMagic() {
 }
 
 /// Takes the rest of an event of an unknown type, keeping none of it.
-EventReader::Step EventReader::skipBody(int ms) {
+EventReader::Step EventReader::skipBody() {
     while (have_ < length_) {
         int n = static_cast<int>(std::min({length_ - have_, capacity_, kSkipStep}));
-        if (const Step step = pull(buffer_.get(), n, ms); step != Step::Done) return step;
+        if (const Step step = pull(buffer_.get(), n); step != Step::Done) return step;
         have_ += static_cast<std::size_t>(n);
     }
     return Step::Done;
 }
 
 /// Reads until the buffer holds `size` bytes of the present event.
-EventReader::Step EventReader::fill(std::size_t size, int ms) {
+EventReader::Step EventReader::fill(std::size_t size) {
     while (have_ < size) {
         makeRoom(size);
         int n = static_cast<int>(std::min(size, capacity_) - have_);
-        if (const Step step = pull(buffer_.get() + have_, n, ms); step != Step::Done) return step;
+        if (const Step step = pull(buffer_.get() + have_, n); step != Step::Done) return step;
         have_ += static_cast<std::size_t>(n);
     }
     return Step::Done;
@@ -106,14 +104,14 @@ void EventReader::makeRoom(std::size_t size) {
 }
 
 /// Takes at least one and at most `n` bytes from the source.
-EventReader::Step EventReader::pull(char* bytes, int& n, int ms) {
+EventReader::Step EventReader::pull(char* bytes, int& n) {
     if (stream_ != nullptr) {
         stream_->read(bytes, n);
         n = static_cast<int>(stream_->gcount());
         if (n > 0) return Step::Done;
         return stream_->bad() ? Step::Failed : Step::Closed;
     }
-    switch (receiver_->waitForData(ms)) {
+    switch (receiver_->waitForData(timeLeft())) {
         case Receiver::WaitData:
             break;
         case Receiver::WaitBroken:
@@ -127,18 +125,17 @@ EventReader::Step EventReader::pull(char* bytes, int& n, int ms) {
     return n > 0 ? Step::Done : Step::Closed;
 }
 
-EventReader::Result EventReader::makeEvent() {
-    Event* event = nullptr;
-    if (!Event::parseFields(*type_, buffer_.get(), static_cast<int>(length_), event))
-        return breakOff("cannot create an event of type " + std::to_string(typeID_));
-    Result result = finish(Status::Event);
-    result.event.reset(event);
-    return result;
+int EventReader::timeLeft() const {
+    if (waitMs_ <= 0) return waitMs_;
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline_ - Clock::now());
+    return std::max(0, static_cast<int>(left.count()));
 }
 
-EventReader::Result EventReader::finish(Status status) {
+/// Hands out the present event, which is complete, and makes ready for the next.
+EventReader::Result EventReader::finish() {
     Result result;
-    result.status = status;
+    if (type_ != nullptr) result.event = Event::makeEvent(*type_, buffer_.get(), static_cast<int>(length_));
+    result.status = result.event == nullptr ? Status::Unknown : Status::Event;
     result.typeID = typeID_;
     result.length = length_;
     result.lost = std::exchange(lost_, 0);
@@ -152,18 +149,30 @@ EventReader::Result EventReader::finish(Status status) {
 }
 
 EventReader::Result EventReader::stop(Step step) {
-    Result result;
     if (step == Step::Failed) return breakOff(fault_.empty() ? "receiving failed" : fault_);
-    if (step == Step::Closed && headerRead_) return breakOff("the peer closed inside an event");
-    if (step == Step::Closed && have_ > 0 && lost_ == 0) return breakOff("the peer closed inside a header");
-    if (step == Step::Closed) result.lost = std::exchange(lost_, 0) + std::exchange(have_, 0);
-    result.status = step == Step::Closed ? Status::Closed : step == Step::Woken ? Status::Woken : Status::TimedOut;
+    if (step == Step::Closed) return close();
+    Result result;
+    result.status = step == Step::Woken ? Status::Woken : Status::TimedOut;
+    return result;
+}
+
+/// A peer may go between two events; one that leaves a part of an event behind has broken off.
+EventReader::Result EventReader::close() {
+    if (headerRead_) return breakOff("the peer closed inside an event");
+    if (resynchronise_)
+        while (have_ > 0 && std::memcmp(buffer_.get(), Event::_magic, std::min(kMagicSize, have_)) != 0)
+            dropToNextMagic();
+    if (have_ > 0) return breakOff("the peer closed inside a header");
+    Result result;
+    result.status = Status::Closed;
+    result.lost = std::exchange(lost_, 0);
     return result;
 }
 
 EventReader::Result EventReader::breakOff(std::string reason) {
     fault_ = std::move(reason);
     Result result;
+    result.lost = std::exchange(lost_, 0);
     result.reason = fault_;
     return result;
 }

@@ -3,6 +3,7 @@
 #include <Varnex/Export.h>
 #include <Varnex/events/Event.h>
 
+#include <chrono>
 #include <cstddef>
 #include <iosfwd>
 #include <memory>
@@ -16,12 +17,14 @@ class Receiver;
 ///
 /// It skips events of unknown types by their length, takes events without fields, and a broken or timed-out wait inside
 /// an event loses nothing: the next call goes on where it stopped. It reads no byte beyond the event it returns, prints
-/// no line of its own, and uses memory in step with the bytes that arrive, whatever length a header claims. One thread.
+/// no line of its own, and uses memory in step with the bytes that arrive, whatever length a header claims.
+///
+/// A reader belongs to one stream: make a new one after a reconnect. One thread.
 class VARNEX_API EventReader {
 public:
     enum class Status {
         Event,    ///< an event
-        Unknown,  ///< an event of an unregistered type was skipped
+        Unknown,  ///< an event was skipped: nobody registered its type, or the type's factory made none
         Closed,   ///< the peer closed between two events
         Broken,   ///< the stream cannot be read on; every later call says so again
         Woken,    ///< `breakWait` ended the wait
@@ -41,36 +44,42 @@ public:
     explicit EventReader(Receiver* receiver) : receiver_(receiver) {}
     explicit EventReader(std::istream& stream) : stream_(&stream) {}
 
-    /// Reads one event. `ms` limits each wait of a receiver in milliseconds, -1 without limit; streams have no limit.
+    /// Reads one event. `ms` limits the whole call in milliseconds, -1 without limit; a stream is read without limit.
     [[nodiscard]] Result read(int ms = -1);
 
-    /// The longest event that is accepted, header included; 0: no limit. At first that of `Event::setMaxLength`.
+    /// The longest event that is accepted, header included; 0: no limit but the 2^31 - 1 bytes that an event can have.
+    /// At first that of `Event::setMaxLength`.
     void setMaxLength(unsigned int bytes) { maxLength_ = bytes; }
 
     /// After a wrong magic or a wrong length, look for the next magic instead of giving up. Off at first.
     void setResynchronise(bool on) { resynchronise_ = on; }
 
 private:
+    using Clock = std::chrono::steady_clock;
     enum class Step { Done, Closed, Failed, Woken, TimedOut };
 
-    [[nodiscard]] Step fill(std::size_t size, int ms);
-    [[nodiscard]] Step pull(char* bytes, int& n, int ms);
+    [[nodiscard]] Step fill(std::size_t size);
+    [[nodiscard]] Step pull(char* bytes, int& n);
     void makeRoom(std::size_t size);
 
-    [[nodiscard]] Step readHeader(int ms);
-    [[nodiscard]] Step skipBody(int ms);
+    [[nodiscard]] Step readHeader();
+    [[nodiscard]] Step skipBody();
     [[nodiscard]] std::string headerFault() const;
     void dropToNextMagic();
 
-    [[nodiscard]] Result makeEvent();
-    [[nodiscard]] Result finish(Status status);
+    [[nodiscard]] int timeLeft() const;
+
+    [[nodiscard]] Result finish();
     [[nodiscard]] Result stop(Step step);
+    [[nodiscard]] Result close();
     [[nodiscard]] Result breakOff(std::string reason);
 
     Receiver* receiver_ = nullptr;
     std::istream* stream_ = nullptr;
     unsigned int maxLength_ = Event::getMaxLength();
     bool resynchronise_ = false;
+    int waitMs_ = -1;  // of the present call
+    Clock::time_point deadline_;
 
     std::unique_ptr<char[]> buffer_;
     std::size_t capacity_ = 0;

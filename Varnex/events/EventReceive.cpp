@@ -1,10 +1,13 @@
 #include <Varnex/events/Event.h>
 
-#include <Varnex/transport/Diagnostics.h>
+#include <Varnex/events/BigEndian.h>
+#include <Varnex/events/EventHeader.h>
+#include <Varnex/transport/PrintLine.h>
 #include <Varnex/transport/Receiver.h>
 
 #include <algorithm>
 #include <atomic>
+#include <cstdint>
 #include <istream>
 #include <memory>
 #include <new>
@@ -73,7 +76,7 @@ bool Event::receive(Receiver* r, Event*& out) {
     if (rest == Transfer::Failed) return false;
     if (rest != Transfer::Complete) return refuseIncomplete();
     std::copy_n(header, kHeaderSize, buffer.get());
-    return parseFields(*type, buffer.get(), length, out);
+    return deliver(makeEvent(*type, buffer.get(), length), out);
 }
 
 bool Event::receive(std::istream& is, Event*& out) {
@@ -87,7 +90,7 @@ bool Event::receive(std::istream& is, Event*& out) {
     const auto buffer = allocate(length);
     if (buffer == nullptr || !is.read(buffer.get() + kHeaderSize, length - kHeaderSize).good()) return false;
     std::copy_n(header, kHeaderSize, buffer.get());
-    return parseFields(*type, buffer.get(), length, out);
+    return deliver(makeEvent(*type, buffer.get(), length), out);
 }
 
 bool Event::parse(const void* data, int size, Event*& out) {
@@ -99,7 +102,7 @@ bool Event::parse(const void* data, int size, Event*& out) {
     const HeaderVerdict verdict = checkHeader(bytes, type, length);
     if (verdict == HeaderVerdict::Refused) return false;
     if (verdict == HeaderVerdict::BadLength || length > size) return refuseIncomplete();
-    return parseFields(*type, bytes, length, out);
+    return deliver(makeEvent(*type, bytes, length), out);
 }
 
 /// Reads a header through a plain event. A wrong magic or an unknown type is refused, with its line printed.
@@ -107,8 +110,9 @@ Event::HeaderVerdict Event::checkHeader(const char* header, const EventType*& ty
     Event plain;
     plain._buffer = plain._pos = const_cast<char*>(header);  // only read from
     plain._size = kHeaderSize;
+    plain._borrowed = true;
     plain.read();
-    length = plain._size;
+    length = static_cast<int>(loadBigEndian<std::uint32_t>(header + kLengthOffset));
     if (plain._valid && length < kHeaderSize) return HeaderVerdict::BadLength;
     type = plain._valid ? EventType::findType(plain._typeID) : nullptr;
     if (type == nullptr) {
@@ -118,20 +122,22 @@ Event::HeaderVerdict Event::checkHeader(const char* header, const EventType*& ty
     return isTooLong(length) ? HeaderVerdict::BadLength : HeaderVerdict::Good;
 }
 
-/// Makes an event of a checked header's type and lets it read its fields.
-bool Event::parseFields(const EventType& type, const char* data, int length, Event*& out) {
+/// Makes an event of a checked header's type and lets it read its fields. Null when its factory makes none.
+std::unique_ptr<Event> Event::makeEvent(const EventType& type, const char* data, int length) {
     std::unique_ptr<Event> event(type.create());
-    if (event == nullptr) {
-        printError("ERROR: Cannot create Varnex event");
-        return false;
-    }
+    if (event == nullptr) return nullptr;
+    const BufferGuard guard(*event);
     event->_buffer = event->_pos = const_cast<char*>(data);  // only read from
     event->_size = length;
     event->_borrowed = true;
     event->read();
-    event->releaseBuffer();
+    return event;
+}
+
+bool Event::deliver(std::unique_ptr<Event> event, Event*& out) {
     out = event.release();
-    return true;
+    if (out == nullptr) printError("ERROR: Cannot create Varnex event");
+    return out != nullptr;
 }
 
 }  // namespace Varnex

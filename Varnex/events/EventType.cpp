@@ -9,7 +9,7 @@
 #include <Varnex/events/TrackedPointsEvent.h>
 #include <Varnex/events/TranslationEvent.h>
 #include <Varnex/events/TranslationRotationEvent.h>
-#include <Varnex/transport/Diagnostics.h>
+#include <Varnex/transport/PrintLine.h>
 
 #include <cstring>
 #include <string>

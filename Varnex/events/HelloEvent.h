@@ -7,6 +7,9 @@
 namespace Varnex {
 
 /// A greeting that identifies the sending program and its machine. Type ID 8.
+///
+/// The application gives names and numbers their meaning, such as program and user, version and protocol. Each text may
+/// have 32,767 bytes.
 class VARNEX_API HelloEvent : public Event {
 public:
     /// Takes the three system texts from this machine.
@@ -27,8 +30,11 @@ public:
 
     /// The sender's machine, its operating system with release, and its host name.
     [[nodiscard]] const std::string& getSysText1() const { return sysText1_; }
+    void setSysText1(const std::string& text) { sysText1_ = text; }
     [[nodiscard]] const std::string& getSysText2() const { return sysText2_; }
+    void setSysText2(const std::string& text) { sysText2_ = text; }
     [[nodiscard]] const std::string& getSysText3() const { return sysText3_; }
+    void setSysText3(const std::string& text) { sysText3_ = text; }
 
 protected:
     void addFields() override;

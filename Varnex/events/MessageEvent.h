@@ -6,7 +6,9 @@
 
 namespace Varnex {
 
-/// A numbered text. Type ID 10.
+/// A text with a number that tells what kind of text it is. Type ID 10.
+///
+/// The application gives the number its meaning.
 class VARNEX_API MessageEvent : public Event {
 public:
     /// Null gives the empty text.
@@ -22,6 +24,7 @@ public:
     [[nodiscard]] const std::string& getText() const { return text_; }
     /// Null empties the text. At most 32,767 bytes can be received.
     void setMessageText(const char* text);
+    void setText(const std::string& text) { text_ = text; }
 
 protected:
     void addFields() override;

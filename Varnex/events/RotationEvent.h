@@ -16,9 +16,9 @@ public:
     [[nodiscard]] EventType* type() const override;
 
     void set(float a, float b, float c, float d);
-    /// Copies 4 values.
+    /// Copies 4 values, which are there.
     void set(const float* v);
-    /// 4 values.
+    /// 4 values, as long as the event lives.
     [[nodiscard]] const float* getRotation() const { return rotation_; }
 
 protected:

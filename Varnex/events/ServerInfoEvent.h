@@ -6,7 +6,10 @@
 
 namespace Varnex {
 
-/// What a server tells about itself. Type ID 5.
+/// What a server tells about itself: where to connect, and what it is. Type ID 5.
+///
+/// Status, ID and mask are numbers that servers and clients of one application agree on; a mask has one bit for each
+/// service. IDs above 32,767 arrive as negative numbers: compare them as `unsigned short`.
 class VARNEX_API ServerInfoEvent : public Event {
 public:
     ServerInfoEvent() = default;
@@ -24,6 +27,7 @@ public:
     /// The low 32 bits travel.
     [[nodiscard]] long getMask() const { return mask_; }
     void setMask(long mask) { mask_ = mask; }
+    /// Numeric text, such as "192.0.2.7".
     [[nodiscard]] const std::string& getHostAddress() const { return hostAddress_; }
     void setHostAddress(const std::string& address) { hostAddress_ = address; }
     [[nodiscard]] const std::string& getHostName() const { return hostName_; }

@@ -4,7 +4,10 @@
 
 namespace Varnex {
 
-/// Asks servers to tell about themselves. Type ID 6.
+/// Asks servers to tell about themselves, with a `ServerInfoEvent`. Type ID 6.
+///
+/// It means those that share a bit with the mask, and of them the one with the ID; the application may agree on
+/// something else. IDs above 32,767 arrive as negative numbers: compare them as `unsigned short`.
 class VARNEX_API ServerInfoQueryEvent : public Event {
 public:
     ServerInfoQueryEvent() = default;

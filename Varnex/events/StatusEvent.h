@@ -5,6 +5,8 @@
 namespace Varnex {
 
 /// The status of a named object. Type ID 24.
+///
+/// The application gives the number its meaning; 0 at first.
 class VARNEX_API StatusEvent : public HandleEvent {
 public:
     explicit StatusEvent(const char* handle = nullptr);

@@ -59,8 +59,8 @@ void TrackedPointsEvent::getFields() {
     HandleEvent::getFields();
     getField(count_);
     // The peer may claim any number: only records that begin inside the event are there.
-    count_ = std::clamp(count_, 0, recordsThatBegin(remaining()));
-    points_.reserve(points_.size() + static_cast<std::size_t>(count_));
+    count_ = std::min(count_, recordsThatBegin(remaining()));
+    points_.reserve(points_.size() + static_cast<std::size_t>(std::max(count_, 0)));
     for (int i = 0; i < count_; ++i) points_.push_back(takePoint());
 }
 

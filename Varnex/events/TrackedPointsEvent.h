@@ -7,6 +7,8 @@
 namespace Varnex {
 
 /// The tracked points of a named object. Type ID 26.
+///
+/// The application chooses unit and frame, and the meaning of `w`, `id` and `flags`.
 class VARNEX_API TrackedPointsEvent : public HandleEvent {
 public:
     explicit TrackedPointsEvent(const char* handle = nullptr);
@@ -27,7 +29,8 @@ public:
     void set(const std::vector<TrackedPoint>& points);
 
     [[nodiscard]] const std::vector<TrackedPoint>& getPoints() const { return points_; }
-    /// How many of the points are sent, from the first; never more than there are.
+    /// How many of the points are sent, from the first; never more than there are. None when a peer sent a negative
+    /// count.
     [[nodiscard]] int getCount() const { return count_; }
 
 protected:

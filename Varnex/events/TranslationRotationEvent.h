@@ -5,6 +5,8 @@
 namespace Varnex {
 
 /// The position and the orientation of a named object. Type ID 25.
+///
+/// The application chooses unit and frame, and the meaning of the four rotation values, for example a quaternion.
 class VARNEX_API TranslationRotationEvent : public TransformEvent {
 public:
     explicit TranslationRotationEvent(const char* handle = nullptr, bool flag1 = false, bool flag2 = false);
@@ -19,15 +21,15 @@ public:
     void set(const float* v);
 
     void setTranslation(float x, float y, float z);
-    /// Copies 3 values.
+    /// Copies 3 values, which are there.
     void setTranslation(const float* v);
     void setRotation(float a, float b, float c, float d);
     /// Copies 4 values.
     void setRotation(const float* v);
 
-    /// 3 values.
+    /// 3 values, as long as the event lives.
     [[nodiscard]] const float* getTranslation() const { return translation_; }
-    /// 4 values.
+    /// 4 values, as long as the event lives.
     [[nodiscard]] const float* getRotation() const { return rotation_; }
 
 protected:

@@ -11,7 +11,8 @@ namespace Varnex {
 /// call and not several each. Sending passes straight through.
 ///
 /// Everything goes through this object while it exists: bytes that it has read are no longer in the inner one, and a
-/// wait is broken here, not there. Threads as for the inner communicator.
+/// wait is broken here, not there. Call `close` here before the inner one is opened anew, or unread bytes of the old
+/// connection come first. Threads as for the inner communicator.
 class VARNEX_API BufferedCommunicator : public Communicator {
 public:
     /// Bytes read ahead at most.

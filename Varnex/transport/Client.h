@@ -12,14 +12,14 @@ public:
     Client();
     ~Client() override;
 
-    /// Connects to the first address of `host` that answers. Throws `Exception` when the host or port cannot be
-    /// resolved, and the `IOException` of the last address when none connects.
+    /// Connects to the first address of `host` that answers. Throws `Exception` when the host cannot be resolved, with
+    /// an earlier connection still open, and the `IOException` of the last address when none connects.
     void open(const std::string& host, unsigned short port);
 
     /// Connects to one address, closing an earlier connection first. Throws `IOException`; the object is closed then.
     void open(const SocketAddress& to);
 
-    /// Limits each connection attempt of later `open` calls, milliseconds; 0, the default: the system's limit. What
+    /// Limits each connection attempt of later `open` calls, milliseconds; 0 (the default) or less: the system's limit. What
     /// takes longer fails as "Connection timed out".
     void setConnectTimeout(int ms) { connectTimeoutMs_ = ms; }
 

@@ -8,9 +8,6 @@ struct ConnectionOptions {
     int sendTimeoutMs = 0;     ///< 0: none
     int userTimeoutMs = 0;     ///< 0: the system's
     int keepAliveSeconds = 0;  ///< idle time before the first probe, 0: off
-
-    /// Sets everything on a connected socket. False, with `errno`, when the system refuses one.
-    [[nodiscard]] bool applyTo(int fd) const;
 };
 
 }  // namespace Varnex

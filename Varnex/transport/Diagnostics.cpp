@@ -1,7 +1,13 @@
 #include <Varnex/transport/Diagnostics.h>
 
+#include <Varnex/transport/Exception.h>
+#include <Varnex/transport/PrintLine.h>
+
+#include <Zendro/Thread.h>
+
 #include <atomic>
 #include <cerrno>
+#include <exception>
 #include <iostream>
 #include <string>
 
@@ -28,6 +34,21 @@ void printLine(DiagnosticStream stream, std::string_view line) {
     text += '\n';
     print(stream, text);
 }
+
+/// Called for what escapes from a thread, while it is being handled.
+void reportThreadFailure() {
+    try {
+        throw;
+    } catch (const Exception& e) {
+        printError(std::string("ERROR: ") + e.what());
+    } catch (const std::exception& e) {
+        printError(std::string("ERROR: ") + e.what());
+    } catch (...) {
+        printError("ERROR: A thread ended with an unknown exception");
+    }
+}
+
+const bool threadFailuresAreReported = (Zendro::Thread::setFailureHandler(&reportThreadFailure), true);
 
 }  // namespace
 

@@ -1,6 +1,6 @@
 #include <Varnex/transport/InitSocket.h>
 
-#include <Varnex/transport/Diagnostics.h>
+#include <Varnex/transport/PrintLine.h>
 #include <Varnex/transport/SystemError.h>
 
 #include <cerrno>

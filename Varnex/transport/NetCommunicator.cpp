@@ -1,11 +1,12 @@
 #include <Varnex/transport/NetCommunicator.h>
 
-#include <Varnex/transport/Diagnostics.h>
 #include <Varnex/transport/PollReadable.h>
+#include <Varnex/transport/PrintLine.h>
 #include <Varnex/transport/RemainingChunks.h>
-#include <Varnex/transport/SendAgain.h>
 #include <Varnex/transport/Socket.h>
+#include <Varnex/transport/SocketOptions.h>
 #include <Varnex/transport/SystemError.h>
+#include <Varnex/transport/WaitToSend.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -31,13 +32,16 @@ bool NetCommunicator::close() {
 }
 
 bool NetCommunicator::send(const void* data, int& n) {
-    if (!isOpen() || data == nullptr || n < 0) return false;
+    if (!isOpen() || data == nullptr || n < 0) {
+        n = 0;
+        return false;
+    }
     const auto* bytes = static_cast<const char*>(data);
     int sent = 0;
     while (sent < n) {
         const auto taken =
             ::send(descriptor_.get(), bytes + sent, static_cast<std::size_t>(n - sent), sendFlags_ | MSG_NOSIGNAL);
-        if (taken < 0 && errno == EINTR && maySendAgain(descriptor_.get())) continue;
+        if (taken < 0 && errno == EINTR && waitToSendAgain(descriptor_.get())) continue;
         if (taken < 0) {
             printError(withErrno("ERROR: Cannot send", errno));
             n = sent;
@@ -112,8 +116,7 @@ bool NetCommunicator::dataAvail(int& n) {
 }
 
 void NetCommunicator::setTcpNoDelay(bool on) {
-    const int value = on ? 1 : 0;
-    if (::setsockopt(descriptor_.get(), IPPROTO_TCP, TCP_NODELAY, &value, sizeof value) != 0)
+    if (!setSocketOption(descriptor_.get(), IPPROTO_TCP, TCP_NODELAY, on ? 1 : 0))
         printError("ERROR: NetCommunicator: cannot set tcpNoDelay");
 }
 
@@ -126,43 +129,37 @@ bool NetCommunicator::getTcpNoDelay() const {
 }
 
 bool NetCommunicator::setSendTimeout(int ms) {
-    if (ms < 0) return false;
-    ConnectionOptions wanted = options_;
-    wanted.sendTimeoutMs = ms;
-    return change(wanted);
+    return setOption(options_.sendTimeoutMs, ms, &setSendTimeLimit);
 }
 
 bool NetCommunicator::setKeepAlive(int idleSeconds) {
-    if (idleSeconds < 0) return false;
-    ConnectionOptions wanted = options_;
-    wanted.keepAliveSeconds = idleSeconds;
-    return change(wanted);
+    return idleSeconds <= kMaxKeepAliveSeconds && setOption(options_.keepAliveSeconds, idleSeconds, &setKeepAliveTime);
 }
 
 bool NetCommunicator::setUserTimeout(int ms) {
-    if (ms < 0) return false;
-    ConnectionOptions wanted = options_;
-    wanted.userTimeoutMs = ms;
-    return change(wanted);
+    return setOption(options_.userTimeoutMs, ms, &setUserTimeLimit);
 }
 
 void NetCommunicator::adopt(UniqueFd descriptor, const SocketAddress& local, const SocketAddress& remote) {
     descriptor_ = std::move(descriptor);
     localAddress_ = local;
     remoteAddress_ = remote;
-    applyOptions();
+    // A fresh socket has the defaults already.
+    if (options_.sendTimeoutMs != 0) applyOption(options_.sendTimeoutMs, &setSendTimeLimit);
+    if (options_.keepAliveSeconds != 0) applyOption(options_.keepAliveSeconds, &setKeepAliveTime);
+    if (options_.userTimeoutMs != 0) applyOption(options_.userTimeoutMs, &setUserTimeLimit);
 }
 
-bool NetCommunicator::change(const ConnectionOptions& wanted) {
-    const ConnectionOptions previous = std::exchange(options_, wanted);
-    if (applyOptions()) return true;
-    options_ = previous;  // a refused setting must not spoil later ones and later connections
-    return false;
+/// Remembers a setting, unless the present connection refuses it.
+bool NetCommunicator::setOption(int& option, int value, OptionSetter apply) {
+    if (value < 0 || (isOpen() && !applyOption(value, apply))) return false;
+    option = value;
+    return true;
 }
 
-bool NetCommunicator::applyOptions() const {
-    if (!isOpen() || options_.applyTo(descriptor_.get())) return true;
-    printError(withErrno("ERROR: NetCommunicator: cannot set connection options", errno));
+bool NetCommunicator::applyOption(int value, OptionSetter apply) const {
+    if (apply(descriptor_.get(), value)) return true;
+    printError(withErrno("ERROR: NetCommunicator: cannot set connection option", errno));
     return false;
 }
 

@@ -44,25 +44,30 @@ public:
     [[nodiscard]] bool isOpen() const { return descriptor_.isOpen(); }
     /// For options and polls of the application's own; -1 when closed, never to be closed by the caller.
     [[nodiscard]] int getDescriptor() const { return descriptor_.get(); }
+    /// Of the present connection, or of the last one.
     [[nodiscard]] const SocketAddress& getLocalAddress() const { return localAddress_; }
     [[nodiscard]] const SocketAddress& getRemoteAddress() const { return remoteAddress_; }
 
-    /// Flags for each send(2) and recv(2), 0 at first.
+    /// Flags for each send(2) and recv(2), 0 at first; MSG_NOSIGNAL is always added.
     void setSendFlags(int flags) { sendFlags_ = flags; }
     void setReceiveFlags(int flags) { receiveFlags_ = flags; }
 
-    /// Sends small packets at once (true) or lets the system collect them. An ERROR line on failure.
+    /// Sends small packets at once (true) or lets the system collect them, on the present connection only. An ERROR
+    /// line on failure, so also when closed.
     void setTcpNoDelay(bool on);
     [[nodiscard]] bool getTcpNoDelay() const;
 
     // The settings below hold for the present connection and for later ones of this object. False, with an ERROR line,
-    // when the system refuses; a negative value is refused without one.
+    // when the present connection refuses; a value out of range is refused without one. The earlier setting stays then.
 
     /// Ends a `send` that makes no progress for `ms` milliseconds; 0, the default, waits for ever. The stream is out of
     /// step after that: close it.
     bool setSendTimeout(int ms);
 
-    /// Probes an idle peer after `idleSeconds`, and a few times more within as long again; 0, the default: never.
+    static constexpr int kMaxKeepAliveSeconds = 32767;
+
+    /// Probes an idle peer after `idleSeconds`, and then four times, a quarter of that (at least a second) apart;
+    /// 0, the default: never.
     bool setKeepAlive(int idleSeconds);
 
     /// Gives the connection up when sent data stays unacknowledged for `ms` milliseconds; 0, the default: the system's
@@ -74,8 +79,10 @@ protected:
     void adopt(UniqueFd descriptor, const SocketAddress& local, const SocketAddress& remote);
 
 private:
-    bool change(const ConnectionOptions& wanted);
-    bool applyOptions() const;
+    using OptionSetter = bool (*)(int fd, int value);
+
+    bool setOption(int& option, int value, OptionSetter apply);
+    bool applyOption(int value, OptionSetter apply) const;
 
     WakeUpPipe wakeUp_;
     int sendFlags_ = 0;

@@ -1,9 +1,10 @@
 #include <Varnex/transport/Server.h>
 
 #include <Varnex/transport/Client.h>
-#include <Varnex/transport/Diagnostics.h>
 #include <Varnex/transport/IOException.h>
 #include <Varnex/transport/PollReadable.h>
+#include <Varnex/transport/PrintLine.h>
+#include <Varnex/transport/SocketOptions.h>
 #include <Varnex/transport/StreamSocket.h>
 #include <Varnex/transport/SystemError.h>
 
@@ -16,10 +17,6 @@ namespace Varnex {
 
 namespace {
 
-void setFlag(int fd, int level, int name, int value) {
-    ::setsockopt(fd, level, name, &value, sizeof value);  // a refusal shows at bind, if it matters
-}
-
 /// The connection was lost before it was accepted, or a signal came: the next one may be waiting already.
 bool isTransient(int error) {
     return error == EINTR || error == ECONNABORTED || error == EPROTO;
@@ -30,10 +27,10 @@ bool isTransient(int error) {
 Server::~Server() = default;
 
 void Server::open(const std::string& host, unsigned short port) {
-    descriptor_.close();
     std::vector<SocketAddress> addresses;
     SocketAddress::resolve(host, port, SocketAddress::Passive, SocketAddress::Stream, SocketAddress::TCP, addresses);
     for (const SocketAddress& address : addresses) {
+        descriptor_.close();
         if (UniqueFd bound = bindTo(address); bound.isOpen()) return listenAt(std::move(bound), address);
     }
     throw IOException("Cannot open server");
@@ -42,9 +39,10 @@ void Server::open(const std::string& host, unsigned short port) {
 UniqueFd Server::bindTo(const SocketAddress& address) const {
     UniqueFd socket = makeSocket(address);
     if (!socket.isOpen()) return socket;
-    if (address.getFamily() == AF_INET6) setFlag(socket.get(), IPPROTO_IPV6, IPV6_V6ONLY, 0);
-    // Without sharing, a port whose last connections linger can still be had at once.
-    setFlag(socket.get(), SOL_SOCKET, portSharing_ ? SO_REUSEPORT : SO_REUSEADDR, 1);
+    if (address.getFamily() == AF_INET6) setSocketOption(socket.get(), IPPROTO_IPV6, IPV6_V6ONLY, 0);
+    // A refusal shows at bind, if it matters. Without sharing, a port whose last connections linger can still be had at
+    // once.
+    setSocketOption(socket.get(), SOL_SOCKET, portSharing_ ? SO_REUSEPORT : SO_REUSEADDR, 1);
     if (::bind(socket.get(), address.getAddress(), address.getAddressLength()) != 0) socket.close();
     return socket;
 }

@@ -33,7 +33,8 @@ public:
 
     /// Listens on the first address of `host` that can be bound; an earlier socket is closed. An empty host means all
     /// addresses, in the resolver's order, which is IPv4 first: "::" serves both. Port 0 lets the system choose, see
-    /// `getLocalPort`. Throws `Exception` (not resolved) or `IOException`; the object is closed then.
+    /// `getLocalPort`. Throws `Exception` when the host cannot be resolved, with an earlier socket still
+    /// listening, and `IOException` otherwise; the object is closed then.
     void open(const std::string& host, unsigned short port);
 
     /// Waits at most `ms` milliseconds, -1 without limit. One of `WaitResult`; throws `IOException` on failure.

@@ -1,8 +1,8 @@
 #include <Varnex/transport/Socket.h>
 
 #include <Varnex/transport/InetAddress.h>
-#include <Varnex/transport/SendAgain.h>
 #include <Varnex/transport/SystemError.h>
+#include <Varnex/transport/WaitToSend.h>
 
 #include <array>
 #include <cerrno>
@@ -33,7 +33,7 @@ ssize_t sendVectors(int fd, iovec* vectors, std::size_t count, int flags, const 
     message.msg_iovlen = count;
     ssize_t sent;
     do sent = ::sendmsg(fd, &message, flags | MSG_NOSIGNAL);
-    while (sent < 0 && errno == EINTR && maySendAgain(fd));
+    while (sent < 0 && errno == EINTR && waitToSendAgain(fd));
     return sent;
 }
 

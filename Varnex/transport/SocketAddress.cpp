@@ -121,6 +121,11 @@ unsigned short SocketAddress::getServicePort() const {
     return port;
 }
 
+std::string SocketAddress::toString() const {
+    const std::string host = getHostAddress();
+    return (family_ == AF_INET6 ? "[" + host + "]" : host) + ":" + std::to_string(getServicePort());
+}
+
 int SocketAddress::serviceFlags() const {
     return protocol_ == UDP ? NI_DGRAM : 0;
 }

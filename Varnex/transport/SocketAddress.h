@@ -60,6 +60,9 @@ public:
     /// The port; throws on failure.
     [[nodiscard]] unsigned short getServicePort() const;
 
+    /// Address and port as one text, such as "127.0.0.1:4711" or "[::1]:4711"; throws on failure.
+    [[nodiscard]] std::string toString() const;
+
     [[nodiscard]] int getFlags() const { return flags_; }
     [[nodiscard]] int getFamily() const { return family_; }
     [[nodiscard]] int getSockType() const { return sockType_; }

@@ -1,7 +1,7 @@
 #include <Varnex/transport/Wait.h>
 
-#include <Varnex/transport/Diagnostics.h>
 #include <Varnex/transport/PollReadable.h>
+#include <Varnex/transport/PrintLine.h>
 
 namespace Varnex {
 

@@ -9,6 +9,6 @@ namespace Varnex {
 /// The system counts a socket's send time limit (SO_SNDTIMEO) anew from each call, so frequent signals would keep it
 /// from ever passing. On a socket with a limit this waits, for that long at most, until the socket takes bytes again;
 /// when it does not: false, with the `errno` of a send that timed out.
-bool maySendAgain(int fd);
+bool waitToSendAgain(int fd);
 
 }  // namespace Varnex

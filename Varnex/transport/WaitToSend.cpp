@@ -1,4 +1,4 @@
-#include <Varnex/transport/SendAgain.h>
+#include <Varnex/transport/WaitToSend.h>
 
 #include <Varnex/transport/PollReadable.h>
 
@@ -9,7 +9,7 @@
 
 namespace Varnex {
 
-bool maySendAgain(int fd) {
+bool waitToSendAgain(int fd) {
     timeval limit{};
     socklen_t size = sizeof limit;
     if (::getsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &limit, &size) != 0) return true;
