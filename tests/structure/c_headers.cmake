@@ -1,4 +1,5 @@
 # cmake -DROOT=... -DCC=... -P c_headers.cmake: each header that declares C functions compiles as C11.
+cmake_minimum_required(VERSION 3.25)
 file(GLOB_RECURSE headers "${ROOT}/Varnex/*.h" "${ROOT}/Zendro/*.h" "${ROOT}/Plexa/*.h")
 foreach(header IN LISTS headers)
     file(STRINGS "${header}" marks REGEX "extern \"C\"")

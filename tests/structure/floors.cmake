@@ -1,5 +1,6 @@
 # cmake -DROOT=... -P floors.cmake: reads the include lines. A folder includes only folders below it, and no two files
 # include each other in a circle.
+cmake_minimum_required(VERSION 3.25)
 set(below_transport Zendro Plexa)
 set(below_events ${below_transport} transport)
 set(below_hub ${below_events} events)
@@ -11,11 +12,11 @@ set(floors Zendro Plexa transport events hub streams protocols url web)
 
 # folder_of(variable file): the floor of a file, "" for what stands directly in Varnex/ and may be used by all of it.
 function(folder_of variable file)
-    string(REGEX MATCH "^(Varnex/)?([^/]+)/" ignored "${file}")
-    if(file MATCHES "^Varnex/[^/]+$")
-        set(CMAKE_MATCH_2 "")
+    set(folder "")
+    if(NOT file MATCHES "^Varnex/[^/]+$")
+        string(REGEX REPLACE "^(Varnex/)?([^/]+)/.*" "\\2" folder "${file}")
     endif()
-    set(${variable} "${CMAKE_MATCH_2}" PARENT_SCOPE)
+    set(${variable} "${folder}" PARENT_SCOPE)
 endfunction()
 
 # A file in Varnex/ itself is below all of Varnex, and includes none of it.
@@ -52,9 +53,9 @@ endforeach()
 
 # What is left when files that include nothing that is left are taken away, again and again, is in a circle or above one.
 set(left ${files})
-set(before)
-while(NOT left STREQUAL before)
-    set(before ${left})
+set(before "")
+while(NOT "${left}" STREQUAL "${before}")
+    set(before "${left}")
     foreach(file IN LISTS before)
         set(waits FALSE)
         foreach(included IN LISTS uses_${file})
