@@ -7,9 +7,6 @@
 #include <Varnex/transport/Exception.h>
 #include <Varnex/transport/Server.h>
 
-#include <cstdlib>
-#include <cstring>
-
 #include <unistd.h>
 
 namespace VarnexTool {
@@ -25,6 +22,7 @@ private:
     void open(Varnex::Server& server) const;
 
     std::string where_;
+    std::string colour_ = "auto";
     EventLog::Options options_;
     double seconds_ = 0;
 };
@@ -39,6 +37,10 @@ ListenCommand::ListenCommand(CLI::App& parent)
     app().add_flag("--json", options_.format.json, "Print one JSON object a line");
     app().add_option("--count", options_.count, "End after this many events")->check(numberFrom(1, 1e18));
     app().add_option("--seconds", seconds_, "End after this time")->check(numberFrom(0.001, 1e9));
+    app()
+        .add_option("--color", colour_, "Colour the lines")
+        ->check(CLI::IsMember({"auto", "always", "never"}).description("auto|always|never"))
+        ->capture_default_str();
     app().add_flag("--quiet", options_.quiet, "Print no event lines");
     app().add_flag("--summary", options_.summary,
                    "Print at the end the number and rate of events, and their latency where the value of an event is "
@@ -48,7 +50,7 @@ ListenCommand::ListenCommand(CLI::App& parent)
 void ListenCommand::run() {
     Varnex::Server server;
     open(server);
-    options_.format.colour = ::isatty(STDOUT_FILENO) == 1;
+    options_.format.colour = colour_ == "always" || (colour_ == "auto" && ::isatty(STDOUT_FILENO) == 1);
     StopWatcher stop(std::chrono::duration<double>(seconds_), [&server] { wake(server); });
     EventLog log(options_, stop);
     EventLog::note("listening on " + Endpoint::of(server.getLocalAddress()).text());
