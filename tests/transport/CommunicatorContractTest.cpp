@@ -36,7 +36,7 @@ static bool send(Varnex::Communicator& to, const std::string& text) {
 }
 
 TEST_P(CommunicatorContract, BytesArriveAsSentInBothDirections) {
-    const Chunk chunks[] = {{"a", 1}, {"", 0}, {"bcd", 3}};
+    static const Chunk chunks[] = {{"a", 1}, {"", 0}, {"bcd", 3}};  // faults when written to
     int n = 0;
     EXPECT_TRUE(here.send(chunks, 3, n) && n == 4);
     EXPECT_EQ(there.waitForData(60000), 2);
