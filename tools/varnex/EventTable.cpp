@@ -114,13 +114,10 @@ Fields operator+(Fields inherited, const Fields& own) {
     return inherited;
 }
 
-/// The fields of each class, parents first, by type ID.
-std::map<short, Fields> fieldsByType() {
-    const Fields handle{field<&HandleEvent::getHandle, &HandleEvent::setHandle>("handle"),
-                        field<&HandleEvent::getValue, &HandleEvent::setValue>("value")};
-    const Fields transform = handle + Fields{field<&TransformEvent::getFlag1, &TransformEvent::setFlag1>("flag1"),
-                                             field<&TransformEvent::getFlag2, &TransformEvent::setFlag2>("flag2")};
-    using Both = TranslationRotationEvent;
+// The fields of each class, parents first, by type ID.
+using FieldsByType = std::map<short, Fields>;
+
+FieldsByType messageFields() {
     return {
         {ServerInfoEvent::_type.id,
          {field<&ServerInfoEvent::getStatus, &ServerInfoEvent::setStatus>("status"),
@@ -142,6 +139,16 @@ std::map<short, Fields> fieldsByType() {
         {MessageEvent::_type.id,
          {field<&MessageEvent::getCode, &MessageEvent::setCode>("code"),
           field<&MessageEvent::getText, &MessageEvent::setMessageText>("text")}},
+    };
+}
+
+FieldsByType trackingFields() {
+    const Fields handle{field<&HandleEvent::getHandle, &HandleEvent::setHandle>("handle"),
+                        field<&HandleEvent::getValue, &HandleEvent::setValue>("value")};
+    const Fields transform = handle + Fields{field<&TransformEvent::getFlag1, &TransformEvent::setFlag1>("flag1"),
+                                             field<&TransformEvent::getFlag2, &TransformEvent::setFlag2>("flag2")};
+    using Both = TranslationRotationEvent;
+    return {
         {HandleEvent::_type.id, handle},
         {TransformEvent::_type.id, transform},
         {TranslationEvent::_type.id,
@@ -165,7 +172,8 @@ std::string withoutNamespace(const char* name) {
 
 std::vector<Description> makeTable() {
     std::vector<Description> table;
-    std::map<short, Fields> fields = fieldsByType();
+    FieldsByType fields = messageFields();
+    fields.merge(trackingFields());
     for (const EventType* type : EventType::getTypes())
         table.push_back({type, withoutNamespace(type->name), std::move(fields[type->id])});
     return table;

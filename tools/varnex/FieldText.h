@@ -16,7 +16,7 @@ inline constexpr std::size_t kMaxTextSize = 32767;
 /// How a value of this field is typed, for the help.
 [[nodiscard]] std::string expectedForm(const Field& field);
 
-/// A value on one line, floats with up to 6 digits, texts quoted. Numbers and floats read back as they are printed.
+/// A value on one line, floats with up to 6 digits, texts quoted.
 [[nodiscard]] std::string formatValue(const Value& value);
 
 /// The shortest text that reads back as the same float; with `digits`, at most that many significant ones.
