@@ -17,8 +17,6 @@ namespace Varnex {
 
 namespace {
 
-constexpr int kFirstBufferSize = 1024;
-
 /// The received magic as text that a terminal can show: up to the first NUL, anything but printable ASCII as "?".
 std::string printable(const char* magic) {
     std::string text(magic);
@@ -98,23 +96,29 @@ int Event::read() {
 }
 
 bool Event::send(Sender* s) {
-    const BufferGuard guard(*this);
-    const int length = serialise();
+    char bytes[kFirstBufferSize];
+    const Buffer buffer(*this, bytes, sizeof bytes);
+    const int length = write();
     int n = length;
     return length > 0 && s->send(_buffer, n) && n == length;
 }
 
 std::ostream& operator<<(std::ostream& os, Event& e) {
-    const Event::BufferGuard guard(e);
-    if (const int length = e.serialise(); length > 0) os.write(e._buffer, length);
+    char bytes[Event::kFirstBufferSize];
+    const Event::Buffer buffer(e, bytes, sizeof bytes);
+    if (const int length = e.write(); length > 0) os.write(e._buffer, length);
     return os;
 }
 
-/// Writes into a fresh buffer.
-int Event::serialise() {
-    _buffer = _pos = new (std::nothrow) char[kFirstBufferSize];
-    _size = _buffer == nullptr ? 0 : kFirstBufferSize;
-    return write();
+Event::Buffer::Buffer(Event& event, char* bytes, int size, bool quiet) : event_(event) {
+    event._buffer = event._pos = bytes;
+    event._size = size;
+    event._borrowed = true;
+    event._quiet = quiet;
+}
+
+Event::Buffer::~Buffer() {
+    event_.releaseBuffer();
 }
 
 void Event::releaseBuffer() {

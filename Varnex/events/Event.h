@@ -40,6 +40,8 @@ public:
 
     /// Bytes of the header.
     static constexpr int kHeaderSize = 12;
+    /// Bytes of the buffer that serialising begins with.
+    static constexpr int kFirstBufferSize = 1024;
     static constexpr unsigned int kDefaultMaxLength = 256u << 20;
 
     Event() = default;
@@ -142,20 +144,19 @@ private:
     template <class UInt>
     [[nodiscard]] UInt takeNumber();
 
-    /// Gives the buffer back when an operation ends, also by an exception of an override.
-    class BufferGuard {
+    /// Lends the event a buffer for one operation, which ends in the destructor, also by an exception of an override.
+    class Buffer {
     public:
-        explicit BufferGuard(Event& event) : event_(event) {}
-        ~BufferGuard() { event_.releaseBuffer(); }
-        BufferGuard(const BufferGuard&) = delete;
-        BufferGuard& operator=(const BufferGuard&) = delete;
+        Buffer(Event& event, char* bytes, int size, bool quiet = false);
+        ~Buffer();
+        Buffer(const Buffer&) = delete;
+        Buffer& operator=(const Buffer&) = delete;
 
     private:
         Event& event_;
     };
 
     bool grow(long long needed);
-    [[nodiscard]] int serialise();
     void releaseBuffer();
 
     enum class HeaderVerdict { Good, BadLength, Refused };
@@ -164,7 +165,7 @@ private:
     [[nodiscard]] static std::unique_ptr<Event> makeEvent(const EventType& type, const char* data, int length);
     static bool deliver(std::unique_ptr<Event> event, Event*& out);
 
-    bool _borrowed = false;  // the buffer is somebody else's: it is not freed
+    bool _borrowed = false;  // the buffer is the lender's, not one of our own that growing has made
     bool _quiet = false;     // growing is not announced
     bool _tooLarge = false;
 };

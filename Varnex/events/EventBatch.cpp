@@ -14,17 +14,13 @@ namespace Varnex {
 namespace {
 
 constexpr int kFirstCapacity = 16384;
-constexpr int kRoomForOneEvent = 1024;
 
 }  // namespace
 
 bool EventBatch::add(Event& event) {
-    if (!reserve(kRoomForOneEvent)) return false;
-    const Event::BufferGuard guard(event);
+    if (!reserve(Event::kFirstBufferSize)) return false;
     char* const room = buffer_.get() + used_;
-    event._buffer = event._pos = room;
-    event._size = capacity_ - used_;
-    event._borrowed = event._quiet = true;
+    const Event::Buffer buffer(event, room, capacity_ - used_, true);
     const int length = event.write();
     if (length <= 0 || !event._valid || !wouldFit(length)) return false;
     if (event._buffer != room) {  // it outgrew the room and took a buffer of its own

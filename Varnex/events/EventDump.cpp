@@ -32,9 +32,10 @@ std::string decimalText(const char* bytes, int count) {
 
 void Event::dump(const char* fileName, bool binary) {
     const std::string name = fileName == nullptr ? "" : fileName;
-    const BufferGuard guard(*this);
+    char bytes[kFirstBufferSize];
+    const Buffer buffer(*this, bytes, sizeof bytes);
     std::unique_ptr<std::FILE, CloseFile> file(std::fopen(name.c_str(), "we"));
-    const int length = serialise();
+    const int length = write();
     printOutputPart("Dump " + std::to_string(length) + " bytes to " + name + (binary ? "(bin)" : "(ascii)") + " ... ");
     if (file == nullptr) {
         printOutput("failed");

@@ -108,9 +108,7 @@ bool Event::parse(const void* data, int size, Event*& out) {
 /// Reads a header through a plain event. A wrong magic or an unknown type is refused, with its line printed.
 Event::HeaderVerdict Event::checkHeader(const char* header, const EventType*& type, int& length) {
     Event plain;
-    plain._buffer = plain._pos = const_cast<char*>(header);  // only read from
-    plain._size = kHeaderSize;
-    plain._borrowed = true;
+    const Buffer buffer(plain, const_cast<char*>(header), kHeaderSize);  // only read from
     plain.read();
     length = static_cast<int>(loadBigEndian<std::uint32_t>(header + kLengthOffset));
     if (plain._valid && length < kHeaderSize) return HeaderVerdict::BadLength;
@@ -126,10 +124,7 @@ Event::HeaderVerdict Event::checkHeader(const char* header, const EventType*& ty
 std::unique_ptr<Event> Event::makeEvent(const EventType& type, const char* data, int length) {
     std::unique_ptr<Event> event(type.create());
     if (event == nullptr) return nullptr;
-    const BufferGuard guard(*event);
-    event->_buffer = event->_pos = const_cast<char*>(data);  // only read from
-    event->_size = length;
-    event->_borrowed = true;
+    const Buffer buffer(*event, const_cast<char*>(data), length);  // only read from
     event->read();
     return event;
 }

@@ -19,8 +19,8 @@ public:
     /// Connects to one address, closing an earlier connection first. Throws `IOException`; the object is closed then.
     void open(const SocketAddress& to);
 
-    /// Limits each connection attempt of later `open` calls, milliseconds; 0 (the default) or less: the system's limit. What
-    /// takes longer fails as "Connection timed out".
+    /// Limits each connection attempt of later `open` calls, milliseconds; 0 (the default) or less: the system's limit.
+    /// What takes longer fails as "Connection timed out".
     void setConnectTimeout(int ms) { connectTimeoutMs_ = ms; }
 
 private:

@@ -98,7 +98,9 @@ int NetCommunicator::waitForData(int ms) {
     }
     bool woken = false;
     bool data = false;
-    const int ready = pollReadable(wakeUp_.readEnd(), descriptor_.get(), ms, woken, data);
+    int ready = 0;
+    if (spinUs_ > 0 && ms != 0) ready = spinReadable(wakeUp_.readEnd(), descriptor_.get(), spinUs_, woken, data);
+    if (ready == 0) ready = pollReadable(wakeUp_.readEnd(), descriptor_.get(), ms, woken, data);
     if (ready == 0) return WaitTimedOut;
     if (ready < 0) {
         printOutput("ERROR: Cannot select");

@@ -57,6 +57,11 @@ public:
     void setTcpNoDelay(bool on);
     [[nodiscard]] bool getTcpNoDelay() const;
 
+    /// Lets each wait look for data for `us` microseconds before it sleeps; 0, the default: sleep at once. Saves the
+    /// time that waking up takes, for the price of a busy processor: for programs that have one to spare and exchange
+    /// messages that are answered at once. Negative values count as 0.
+    void setSpinTime(int us) { spinUs_ = us; }
+
     // The settings below hold for the present connection and for later ones of this object. False, with an ERROR line,
     // when the present connection refuses; a value out of range is refused without one. The earlier setting stays then.
 
@@ -91,6 +96,7 @@ private:
     SocketAddress localAddress_;
     SocketAddress remoteAddress_;
     ConnectionOptions options_;
+    int spinUs_ = 0;
 };
 
 }  // namespace Varnex

@@ -58,4 +58,12 @@ int pollReadable(int wakeUpFd, int fd, int ms, bool& wakeUp, bool& data) {
     return ready;
 }
 
+int spinReadable(int wakeUpFd, int fd, int us, bool& wakeUp, bool& data) {
+    const auto end = Clock::now() + std::chrono::microseconds(us);
+    int ready;
+    do ready = pollReadable(wakeUpFd, fd, 0, wakeUp, data);
+    while (ready == 0 && Clock::now() < end);
+    return ready;
+}
+
 }  // namespace Varnex

@@ -40,6 +40,7 @@ class Inbox {
 public:
     void open(Varnex::Client* connection) {
         connection->setTcpNoDelay(true);
+        connection->setSpinTime(spinUs);
         buffered_ = std::make_unique<Varnex::BufferedCommunicator>(connection);
     }
     std::string_view next() {
@@ -48,6 +49,8 @@ public:
         event_.reset(event);
         return static_cast<BlobEvent*>(event)->body;
     }
+
+    static inline int spinUs = 0;
 
 private:
     std::unique_ptr<Varnex::BufferedCommunicator> buffered_;
@@ -105,6 +108,8 @@ struct BatchSender : Sender {
     void flush() { bench::check(batch.send(&client), "send"); }
 };
 
+constexpr int kSpinUs = 50;
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -116,5 +121,9 @@ int main(int argc, char** argv) {
         if (job.do_oneway && arguments.want("ours-batch"))
             bench::oneway<Receiver, BatchSender>("ours-batch", size, job.count);
         if (job.do_pingpong && arguments.want("ours")) bench::pingpong<Receiver, Sender>("ours", size, job.pings);
+        Inbox::spinUs = kSpinUs;
+        if (job.do_pingpong && arguments.want("ours-spin"))
+            bench::pingpong<Receiver, Sender>("ours-spin", size, job.pings);
+        Inbox::spinUs = 0;
     }
 }
