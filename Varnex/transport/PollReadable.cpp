@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <thread>
 
 namespace Varnex {
 
@@ -60,9 +61,11 @@ int pollReadable(int wakeUpFd, int fd, int ms, bool& wakeUp, bool& data) {
 
 int spinReadable(int wakeUpFd, int fd, int us, bool& wakeUp, bool& data) {
     const auto end = Clock::now() + std::chrono::microseconds(us);
-    int ready;
-    do ready = pollReadable(wakeUpFd, fd, 0, wakeUp, data);
-    while (ready == 0 && Clock::now() < end);
+    int ready = pollReadable(wakeUpFd, fd, 0, wakeUp, data);
+    while (ready == 0 && Clock::now() < end) {
+        std::this_thread::yield();  // the peer may need this very processor to answer
+        ready = pollReadable(wakeUpFd, fd, 0, wakeUp, data);
+    }
     return ready;
 }
 

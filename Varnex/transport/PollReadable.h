@@ -24,7 +24,7 @@ int pollReadable(int fd, int ms);
 /// Waits until either of two descriptors can be read; `wakeUp` tells whether the first of them can.
 int pollReadable(int wakeUpFd, int fd, int ms, bool& wakeUp, bool& data);
 
-/// The same for `us` microseconds without sleeping.
+/// The same for `us` microseconds without sleeping, letting other threads run in between.
 int spinReadable(int wakeUpFd, int fd, int us, bool& wakeUp, bool& data);
 
 }  // namespace Varnex

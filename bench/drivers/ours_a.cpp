@@ -1,8 +1,10 @@
-// One-way and ping-pong of small events between two processes: plain `Event::send`, and `EventBatch`.
+// One-way and ping-pong of small events between two processes. Sending: `Event::send`, or `EventBatch`. Receiving:
+// `Event::receive`, or `EventReader`, or the latter with waits that spin before they sleep.
 #include "a_common.hpp"
 
 #include <Varnex/events/Event.h>
 #include <Varnex/events/EventBatch.h>
+#include <Varnex/events/EventReader.h>
 #include <Varnex/transport/BufferedCommunicator.h>
 #include <Varnex/transport/Client.h>
 #include <Varnex/transport/Server.h>
@@ -35,25 +37,36 @@ protected:
 
 Varnex::EventType BlobEvent::_type("BlobEvent", 1000, &BlobEvent::create);
 
+/// How the present case receives.
+struct Receiving {
+    bool withReader = false;
+    int spinUs = 0;
+};
+Receiving receiving;
+
 /// Reads events from a connection and keeps the present one.
 class Inbox {
 public:
     void open(Varnex::Client* connection) {
         connection->setTcpNoDelay(true);
-        connection->setSpinTime(spinUs);
+        connection->setSpinTime(receiving.spinUs);
         buffered_ = std::make_unique<Varnex::BufferedCommunicator>(connection);
+        reader_ = std::make_unique<Varnex::EventReader>(buffered_.get());
     }
     std::string_view next() {
         Varnex::Event* event = nullptr;
-        bench::check(Varnex::Event::receive(buffered_.get(), event) && event != nullptr, "receive");
+        if (receiving.withReader)
+            event = reader_->read().event.release();
+        else
+            bench::check(Varnex::Event::receive(buffered_.get(), event), "receive");
+        bench::check(event != nullptr, "event");
         event_.reset(event);
         return static_cast<BlobEvent*>(event)->body;
     }
 
-    static inline int spinUs = 0;
-
 private:
     std::unique_ptr<Varnex::BufferedCommunicator> buffered_;
+    std::unique_ptr<Varnex::EventReader> reader_;
     std::unique_ptr<Varnex::Event> event_;
 };
 
@@ -108,7 +121,18 @@ struct BatchSender : Sender {
     void flush() { bench::check(batch.send(&client), "send"); }
 };
 
-constexpr int kSpinUs = 50;
+template <class SenderType>
+void oneway(const bench::JobA& job, const bench::Args& arguments, const char* peer, Receiving how) {
+    receiving = how;
+    for (const long size : job.sizes)
+        if (job.do_oneway && arguments.want(peer)) bench::oneway<Receiver, SenderType>(peer, size, job.count);
+}
+
+void pingpong(const bench::JobA& job, const bench::Args& arguments, const char* peer, Receiving how) {
+    receiving = how;
+    for (const long size : job.sizes)
+        if (job.do_pingpong && arguments.want(peer)) bench::pingpong<Receiver, Sender>(peer, size, job.pings);
+}
 
 }  // namespace
 
@@ -116,14 +140,10 @@ int main(int argc, char** argv) {
     const bench::Args arguments{argc, argv};
     bench::guard(240);
     const bench::JobA job(arguments);
-    for (const long size : job.sizes) {
-        if (job.do_oneway && arguments.want("ours")) bench::oneway<Receiver, Sender>("ours", size, job.count);
-        if (job.do_oneway && arguments.want("ours-batch"))
-            bench::oneway<Receiver, BatchSender>("ours-batch", size, job.count);
-        if (job.do_pingpong && arguments.want("ours")) bench::pingpong<Receiver, Sender>("ours", size, job.pings);
-        Inbox::spinUs = kSpinUs;
-        if (job.do_pingpong && arguments.want("ours-spin"))
-            bench::pingpong<Receiver, Sender>("ours-spin", size, job.pings);
-        Inbox::spinUs = 0;
-    }
+    oneway<Sender>(job, arguments, "ours", {});
+    oneway<BatchSender>(job, arguments, "ours-batch", {});
+    oneway<BatchSender>(job, arguments, "ours-batch-reader", {.withReader = true});
+    pingpong(job, arguments, "ours", {});
+    pingpong(job, arguments, "ours-reader", {.withReader = true});
+    pingpong(job, arguments, "ours-spin", {.withReader = true, .spinUs = 50});
 }
