@@ -6,7 +6,8 @@
 
 namespace Zendro {
 
-/// A lock for one thread at a time; locking it twice from one thread is an error of the caller.
+/// A lock for one thread at a time; locking it twice from one thread is an error of the caller. Members that it guards
+/// carry `VARNEX_GUARDED_BY`, which clang checks.
 class VARNEX_CAPABILITY("mutex") Mutex {
 public:
     Mutex() = default;

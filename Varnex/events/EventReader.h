@@ -20,6 +20,10 @@ class Receiver;
 /// no line of its own, and uses memory in step with the bytes that arrive, whatever length a header claims.
 ///
 /// A reader belongs to one stream: make a new one after a reconnect. One thread.
+///
+///     BufferedCommunicator buffered(&client);  // many events for each system call
+///     EventReader reader(&buffered);
+///     while (const auto event = reader.read().event) handle(*event);
 class VARNEX_API EventReader {
 public:
     enum class Status {

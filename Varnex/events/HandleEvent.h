@@ -7,6 +7,8 @@
 namespace Varnex {
 
 /// Names an object: the base of the events about one. Type ID 20.
+///
+/// The handle is what sender and receiver agree to call the object, such as "tracker-2/right-hand".
 class VARNEX_API HandleEvent : public Event {
 public:
     /// Null gives the empty handle.

@@ -6,7 +6,7 @@ namespace Varnex {
 
 /// The base of the events that move a named object. Type ID 22.
 ///
-/// The application gives the two flags their meaning.
+/// The application gives the two flags their meaning, such as visible and selected, or tracked and calibrated.
 class VARNEX_API TransformEvent : public HandleEvent {
 public:
     explicit TransformEvent(const char* handle = nullptr, bool flag1 = false, bool flag2 = false);

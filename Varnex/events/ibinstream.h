@@ -9,7 +9,8 @@ namespace Varnex {
 
 /// Reads single values, big-endian, from a stream that outlives it: the counterpart of `obinstream`.
 ///
-/// Failures show in the stream's state; a number that could not be read whole becomes 0.
+/// Failures show in the stream's state; a number that could not be read whole becomes 0. One thread at a time, as for
+/// the stream.
 class VARNEX_API ibinstream {
 public:
     explicit ibinstream(std::istream& stream) : stream_(stream) {}
@@ -27,8 +28,9 @@ public:
     ibinstream& operator>>(float& value);
     ibinstream& operator>>(double& value);
 
-    /// As many bytes as the 32-bit count in the stream says, and a terminator. There is no bound: only for streams that
-    /// the program wrote itself; otherwise read into a `std::string`.
+    /// As many bytes as the 32-bit count in the stream says, and a terminator behind them, also when fewer came;
+    /// nothing when the count itself is missing. There is no bound: only for streams that the program wrote itself;
+    /// otherwise read into a `std::string`.
     ibinstream& operator>>(char* text);
 
     /// Grows as bytes arrive, whatever count the stream claims; when it ends early, the text holds what came.

@@ -9,7 +9,8 @@ namespace Varnex {
 
 /// Writes single values, big-endian, to a stream that outlives it. Failures show in the stream's state.
 ///
-/// Unlike in events a `bool` takes one byte and the count of a text 32 bits.
+/// Unlike in events a `bool` takes one byte and the count of a text 32 bits. Nothing else is written: the reader has to
+/// ask for the same types in the same order. One thread at a time, as for the stream.
 class VARNEX_API obinstream {
 public:
     explicit obinstream(std::ostream& stream) : stream_(stream) {}

@@ -5,7 +5,9 @@
 
 namespace Varnex {
 
-/// A byte channel in both directions. One thread may send while another receives.
+/// A byte channel in both directions: what connections of every kind have in common.
+///
+/// One thread may send while another waits and receives; the owner closes when both are done.
 class VARNEX_API Communicator : public Sender, public Receiver {
 public:
     ~Communicator() override;

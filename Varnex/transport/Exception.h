@@ -6,7 +6,9 @@
 
 namespace Varnex {
 
-/// What the setting-up operations throw. On purpose not a `std::exception`: catch it by its own name.
+/// What the setting-up operations throw: opening, connecting, resolving, accepting.
+///
+/// On purpose not a `std::exception`: catch it by its own name, which catches `IOException` too.
 class VARNEX_API Exception {
 public:
     explicit Exception(std::string message);

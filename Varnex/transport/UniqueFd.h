@@ -4,7 +4,7 @@
 
 namespace Varnex {
 
-/// Owns one descriptor, or none (-1). Not for concurrent use.
+/// Owns one descriptor, or none (-1), and closes it in the end. Movable, not copyable; one thread at a time.
 class VARNEX_API UniqueFd {
 public:
     UniqueFd() = default;
