@@ -16,9 +16,13 @@ class Sender;
 /// docs/wire-format.md has the layout.
 ///
 /// A subclass overrides `addFields` and `getFields`, each calling its parent's first and then treating the same fields
-/// in the same order, and has a static `create()`, a static `_type` with an ID of its own, and `type()`. An event holds
-/// no buffer outside these operations; different events may be used from different threads. Failures are told by the
-/// result and by an ERROR line; nothing throws.
+/// in the same order, and has a static `create()`, a static `_type` with an ID of its own, and `type()`:
+///
+///     void addFields() override { HandleEvent::addFields(); addField(charge_); }
+///     void getFields() override { HandleEvent::getFields(); getField(charge_); }
+///
+/// An event holds no buffer outside these operations; different events may be used from different threads. Failures
+/// are told by the result and by an ERROR line; nothing throws. docs/adding-an-event.md has a whole class.
 class VARNEX_API Event {
 protected:
     // The order of the virtual operations is binary interface: append, never reorder.
