@@ -99,8 +99,10 @@ int NetCommunicator::waitForData(int ms) {
     bool woken = false;
     bool data = false;
     int ready = 0;
-    if (spinUs_ > 0 && ms != 0) ready = spinReadable(wakeUp_.readEnd(), descriptor_.get(), spinUs_, woken, data);
-    if (ready == 0) ready = pollReadable(wakeUp_.readEnd(), descriptor_.get(), ms, woken, data);
+    const int us = std::max(0, ms < 0 ? spinUs_ : static_cast<int>(std::min<long>(spinUs_, ms * 1000L)));
+    if (us > 0) ready = spinReadable(wakeUp_.readEnd(), descriptor_.get(), us, woken, data);
+    const int msLeft = ms > 0 ? ms - us / 1000 : ms;
+    if (ready == 0) ready = pollReadable(wakeUp_.readEnd(), descriptor_.get(), msLeft, woken, data);
     if (ready == 0) return WaitTimedOut;
     if (ready < 0) {
         printOutput("ERROR: Cannot select");

@@ -20,3 +20,14 @@ struct LoopbackPair {
         peer.reset(server.getClient());
     }
 };
+
+inline bool sends(Varnex::Sender& to, const std::string& text) {
+    int n = static_cast<int>(text.size());
+    return to.send(text.data(), n) && n == static_cast<int>(text.size());
+}
+
+/// At most `n` bytes by one receive.
+inline std::string received(Varnex::Receiver& from, int n = 100) {
+    std::string bytes(static_cast<std::size_t>(n), ' ');
+    return from.receive(bytes.data(), n) ? bytes.substr(0, static_cast<std::size_t>(n)) : "(failed)";
+}

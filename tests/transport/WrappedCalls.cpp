@@ -2,21 +2,24 @@
 
 #include <csignal>
 
+#include <netdb.h>
 #include <poll.h>
 #include <sys/socket.h>
 
-#define VARNEX_WRAP(Result, name, parameters, arguments)                  \
-    extern "C" Result __real_##name parameters;                           \
-    extern "C" Result __wrap_##name parameters {                          \
-        long result;                                                      \
-        if (FailingCall::take(Call::name, result)) return (Result)result; \
-        return __real_##name arguments;                                   \
+#define VARNEX_WRAP(Result, name, parameters, arguments)               \
+    extern "C" Result __real_##name parameters;                        \
+    extern "C" Result __wrap_##name parameters {                       \
+        int result;                                                    \
+        const bool fails = FailingCall::take(Call::name, result);      \
+        return fails ? (Result)(long)result : __real_##name arguments; \
     }
 
 VARNEX_WRAP(int, accept4, (int fd, sockaddr* address, socklen_t* size, int flags), (fd, address, size, flags))
-VARNEX_WRAP(int, bind, (int fd, const sockaddr* address, socklen_t size), (fd, address, size))
 VARNEX_WRAP(int, close, (int fd), (fd))
 VARNEX_WRAP(int, connect, (int fd, const sockaddr* address, socklen_t size), (fd, address, size))
+VARNEX_WRAP(int, getnameinfo,
+            (const sockaddr* address, socklen_t size, char* host, socklen_t n, char* service, socklen_t m, int flags),
+            (address, size, host, n, service, m, flags))
 VARNEX_WRAP(int, getsockname, (int fd, sockaddr* address, socklen_t* size), (fd, address, size))
 VARNEX_WRAP(int, listen, (int fd, int backlog), (fd, backlog))
 VARNEX_WRAP(int, pipe2, (int* ends, int flags), (ends, flags))
@@ -24,7 +27,6 @@ VARNEX_WRAP(int, poll, (pollfd * descriptors, nfds_t count, int ms), (descriptor
 VARNEX_WRAP(ssize_t, recv, (int fd, void* data, size_t size, int flags), (fd, data, size, flags))
 VARNEX_WRAP(ssize_t, send, (int fd, const void* data, size_t size, int flags), (fd, data, size, flags))
 VARNEX_WRAP(ssize_t, sendmsg, (int fd, const msghdr* message, int flags), (fd, message, flags))
-VARNEX_WRAP(int, setsockopt, (int fd, int level, int name, const void* value, socklen_t size),
-            (fd, level, name, value, size))
+VARNEX_WRAP(int, setsockopt, (int fd, int level, int name, const void* value, socklen_t n), (fd, level, name, value, n))
 VARNEX_WRAP(sighandler_t, signal, (int number, sighandler_t handler), (number, handler))
 VARNEX_WRAP(int, socket, (int family, int type, int protocol), (family, type, protocol))
