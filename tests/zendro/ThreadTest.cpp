@@ -18,39 +18,32 @@ struct Work {
 
 TEST(ThreadTest, RunsOnceAStartAndJoinReturnsItsResult) {
     Zendro::Semaphore mayEnd(1);
-    EXPECT_TRUE(mayEnd.tryDown());
-    EXPECT_FALSE(mayEnd.tryDown());
+    EXPECT_TRUE(mayEnd.tryDown() && !mayEnd.tryDown());
     int runs = 0;
     Work work{[&] { return mayEnd.down(), ++runs * 7; }};
     {
         Zendro::ObjectThread<Work> thread(&work, &Work::run);
-        EXPECT_EQ(thread.join(), 0);
-        for (const int result : {7, 14}) {
-            EXPECT_TRUE(thread.start());
-            EXPECT_FALSE(thread.start());
-            mayEnd.up();
+        for (const int result : {0, 7, 14}) {
             EXPECT_EQ(thread.join(), result);
+            EXPECT_TRUE(thread.start() && !thread.start());
+            mayEnd.up();
         }
-        EXPECT_TRUE(thread.start());
-        mayEnd.up();
     }
     EXPECT_EQ(runs, 3);  // the destructor joins
 }
 
 TEST(ThreadTest, WhatEscapesIsPrintedAndGivesMinusOne) {
-    const std::pair<std::function<int()>, const char*> cases[] = {
-        {[]() -> int { throw Varnex::Exception("bad address"); }, "ERROR: bad address\n"},
-        {[]() -> int { throw std::runtime_error("out of luck"); }, "ERROR: out of luck\n"},
-        {[]() -> int { throw 5; }, "ERROR: A thread ended with an unknown exception\n"},
-    };
-    for (const auto& [function, text] : cases) {
-        const CapturedDiagnostics printed;
+    const CapturedDiagnostics printed;
+    for (const auto& function :
+         {+[]() -> int { throw Varnex::Exception("bad address"); },
+          +[]() -> int { throw std::runtime_error("out of luck"); }, +[]() -> int { throw 5; }}) {
         Work work{function};
         Zendro::ObjectThread<Work> thread(&work, &Work::run);
         EXPECT_TRUE(thread.start());
         EXPECT_EQ(thread.join(), -1);
-        EXPECT_EQ(printed.errors(), text);
     }
+    EXPECT_EQ(printed.errors(),
+              "ERROR: bad address\nERROR: out of luck\nERROR: A thread ended with an unknown exception\n");
 }
 
 TEST(SysInfoTest, SaysWhatUnameSays) {
