@@ -17,6 +17,7 @@ namespace {
 
 constexpr std::size_t kFirstCapacity = 4096;
 constexpr std::size_t kSkipStep = 65536;
+constexpr std::size_t kPolledBytes = 1 << 20;   // what a call without a wait takes at most before it gives up
 constexpr std::size_t kKeptCapacity = 1 << 20;  // a larger buffer is given back after its event
 
 }  // namespace
@@ -25,6 +26,7 @@ EventReader::Result EventReader::read(int ms) {
     if (!fault_.empty()) return breakOff(fault_);
     deadline_ = ms > 0 ? Clock::now() + std::chrono::milliseconds(ms) : Clock::time_point();
     waitMs_ = ms;
+    pulled_ = 0;
     Step step = headerRead_ ? Step::Done : readHeader();
     if (step == Step::Done) step = type_ == nullptr ? skipBody() : fill(length_);
     if (step != Step::Done) return stop(step);
@@ -111,7 +113,10 @@ EventReader::Step EventReader::pull(char* bytes, int& n) {
         if (n > 0) return Step::Done;
         return stream_->bad() ? Step::Failed : Step::Closed;
     }
-    switch (receiver_->waitForData(timeLeft())) {
+    const int left = timeLeft();
+    // A peer that never pauses must not hold the caller either.
+    if (left == 0 && pulled_ > (waitMs_ == 0 ? kPolledBytes : 0)) return Step::TimedOut;
+    switch (receiver_->waitForData(left)) {
         case Receiver::WaitData:
             break;
         case Receiver::WaitBroken:
@@ -122,6 +127,7 @@ EventReader::Step EventReader::pull(char* bytes, int& n) {
             return Step::Failed;
     }
     if (!receiver_->receive(bytes, n)) return Step::Failed;
+    pulled_ += static_cast<std::size_t>(std::max(n, 0));
     return n > 0 ? Step::Done : Step::Closed;
 }
 
@@ -134,13 +140,13 @@ int EventReader::timeLeft() const {
 /// Hands out the present event, which is complete, and makes ready for the next.
 EventReader::Result EventReader::finish() {
     Result result;
+    headerRead_ = false;
+    have_ = 0;
     if (type_ != nullptr) result.event = Event::makeEvent(*type_, buffer_.get(), static_cast<int>(length_));
     result.status = result.event == nullptr ? Status::Unknown : Status::Event;
     result.typeID = typeID_;
     result.length = length_;
     result.lost = std::exchange(lost_, 0);
-    headerRead_ = false;
-    have_ = 0;
     if (capacity_ > kKeptCapacity) {
         buffer_.reset();
         capacity_ = 0;

@@ -48,14 +48,16 @@ public:
     explicit EventReader(Receiver* receiver) : receiver_(receiver) {}
     explicit EventReader(std::istream& stream) : stream_(&stream) {}
 
-    /// Reads one event. `ms` limits the whole call in milliseconds, -1 without limit; a stream is read without limit.
+    /// Reads one event. `ms` limits the whole call in milliseconds, -1 without limit, 0: what is there already; a
+    /// stream is read without limit.
     [[nodiscard]] Result read(int ms = -1);
 
     /// The longest event that is accepted, header included; 0: no limit but the 2^31 - 1 bytes that an event can have.
     /// At first that of `Event::setMaxLength`.
     void setMaxLength(unsigned int bytes) { maxLength_ = bytes; }
 
-    /// After a wrong magic or a wrong length, look for the next magic instead of giving up. Off at first.
+    /// After a wrong magic or a wrong length, look for the next magic instead of giving up. Off at first. Searching
+    /// takes few bytes at a time: read through a `BufferedCommunicator`.
     void setResynchronise(bool on) { resynchronise_ = on; }
 
 private:
@@ -84,6 +86,7 @@ private:
     bool resynchronise_ = false;
     int waitMs_ = -1;  // of the present call
     Clock::time_point deadline_;
+    std::size_t pulled_ = 0;  // bytes taken in the present call
 
     std::unique_ptr<char[]> buffer_;
     std::size_t capacity_ = 0;

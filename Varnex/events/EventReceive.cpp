@@ -120,13 +120,16 @@ Event::HeaderVerdict Event::checkHeader(const char* header, const EventType*& ty
     return isTooLong(length) ? HeaderVerdict::BadLength : HeaderVerdict::Good;
 }
 
-/// Makes an event of a checked header's type and lets it read its fields. Null when its factory makes none.
-std::unique_ptr<Event> Event::makeEvent(const EventType& type, const char* data, int length) {
+/// Makes an event of a checked header's type and lets it read its fields. Null when its factory makes none, or memory
+/// does not suffice.
+std::unique_ptr<Event> Event::makeEvent(const EventType& type, const char* data, int length) try {
     std::unique_ptr<Event> event(type.create());
     if (event == nullptr) return nullptr;
     const Buffer buffer(*event, const_cast<char*>(data), length);  // only read from
     event->read();
     return event;
+} catch (const std::bad_alloc&) {
+    return nullptr;  // the peer chose the size
 }
 
 bool Event::deliver(std::unique_ptr<Event> event, Event*& out) {

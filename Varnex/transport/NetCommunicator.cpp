@@ -68,6 +68,10 @@ bool NetCommunicator::send(const Chunk* chunks, int count, int& sent) {
     return true;
 }
 
+bool NetCommunicator::shutdownSend() {
+    return ::shutdown(descriptor_.get(), SHUT_WR) == 0;
+}
+
 bool NetCommunicator::receive(void* data, int& n) {
     if (data == nullptr || !isOpen() || n <= 0) return false;
     ssize_t received;

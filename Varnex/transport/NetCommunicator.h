@@ -48,6 +48,11 @@ public:
     [[nodiscard]] const SocketAddress& getLocalAddress() const { return localAddress_; }
     [[nodiscard]] const SocketAddress& getRemoteAddress() const { return remoteAddress_; }
 
+    /// Tells the peer that nothing more will be sent; receiving goes on. Closing with received bytes unread makes the
+    /// system throw away what the peer has not taken yet: to be sure that it got everything, shut down, then receive
+    /// until its end of the stream. False when not connected.
+    bool shutdownSend();
+
     /// Flags for each send(2) and recv(2), 0 at first; MSG_NOSIGNAL is always added.
     void setSendFlags(int flags) { sendFlags_ = flags; }
     void setReceiveFlags(int flags) { receiveFlags_ = flags; }

@@ -65,6 +65,9 @@ void SocketAddress::set(const sockaddr* address, socklen_t length, int sockType,
 void SocketAddress::resolve(const std::string& host, const std::string& service, Flags flags, SockType sockType,
                             Proto proto, std::vector<SocketAddress>& out) {
     out.clear();
+    // The system would silently look up what stands before a NUL.
+    if (host.find('\0') != std::string::npos || service.find('\0') != std::string::npos)
+        throw Exception(::gai_strerror(EAI_NONAME));
     addrinfo hints{};
     hints.ai_flags = flags;
     hints.ai_family = AF_UNSPEC;

@@ -2,6 +2,7 @@
 
 #include "Quote.h"
 
+#include <charconv>
 #include <cstdlib>
 #include <sstream>
 
@@ -34,6 +35,20 @@ CLI::Validator numberFrom(double lowest, double highest) {
         const double number = std::strtod(text.c_str(), &end);
         if (!text.empty() && *end == '\0' && number >= lowest && number <= highest) return {};
         return inQuotes(text) + " is not a number from " + plain(lowest) + " to " + plain(highest);
+    };
+    return {check, ""};
+}
+
+CLI::Validator wholeNumberFrom(long long lowest, long long highest) {
+    const auto check = [lowest, highest](std::string& text) -> std::string {
+        long long number = 0;
+        const char* const end = text.data() + text.size();
+        const auto [stop, error] = std::from_chars(text.data(), end, number);
+        if (error != std::errc() || stop != end || number < lowest || number > highest)
+            return inQuotes(text) + " is not a whole number from " + std::to_string(lowest) + " to " +
+                   std::to_string(highest);
+        text = std::to_string(number);  // without leading zeros, which the conversion would take for octal
+        return {};
     };
     return {check, ""};
 }

@@ -32,6 +32,9 @@ private:
 /// Accepts a number in this range, and says so in one plain sentence otherwise.
 [[nodiscard]] CLI::Validator numberFrom(double lowest, double highest);
 
+/// The same for a decimal whole number; for `transform`, because it also takes leading zeros away.
+[[nodiscard]] CLI::Validator wholeNumberFrom(long long lowest, long long highest);
+
 /// Replaces the generated usage line of the help.
 void setUsage(CLI::App& app, const std::string& usage);
 

@@ -8,6 +8,12 @@
 
 namespace VarnexTool {
 
+namespace {
+
+constexpr std::chrono::seconds kHangUpTime{2};
+
+}  // namespace
+
 void dial(Varnex::Client& client, const Endpoint& to, std::chrono::duration<double> timeout) {
     const auto ms = std::chrono::ceil<std::chrono::milliseconds>(timeout).count();
     client.setConnectTimeout(static_cast<int>(std::max<long long>(ms, 0)));
@@ -17,6 +23,19 @@ void dial(Varnex::Client& client, const Endpoint& to, std::chrono::duration<doub
         throw Failure(to.text() + ": " + error.what());
     }
     client.setTcpNoDelay(true);
+}
+
+void hangUp(Varnex::Client& client) {
+    if (!client.shutdownSend()) return;
+    const auto end = std::chrono::steady_clock::now() + kHangUpTime;
+    char unwanted[4096];
+    int n = 1;
+    while (n > 0) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now()).count();
+        if (left <= 0 || client.waitForData(static_cast<int>(left)) != Varnex::Receiver::WaitData) return;
+        n = sizeof unwanted;
+        if (!client.receive(unwanted, n)) return;
+    }
 }
 
 }  // namespace VarnexTool

@@ -4,6 +4,7 @@
 #include "Failure.h"
 #include "Listener.h"
 
+#include <Varnex/events/Event.h>
 #include <Varnex/transport/Exception.h>
 #include <Varnex/transport/Server.h>
 
@@ -25,6 +26,7 @@ private:
     std::string colour_ = "auto";
     EventLog::Options options_;
     double seconds_ = 0;
+    unsigned int maxLength_ = 1 << 20;  // printing takes many times the memory of an event
 };
 
 ListenCommand::ListenCommand(CLI::App& parent)
@@ -35,7 +37,13 @@ ListenCommand::ListenCommand(CLI::App& parent)
                     "of this machine; port 0: the system chooses one")
         ->required();
     app().add_flag("--json", options_.format.json, "Print one JSON object a line");
-    app().add_option("--count", options_.count, "End after this many events")->check(numberFrom(1, 1e18));
+    app()
+        .add_option("--count", options_.count, "End after this many events")
+        ->transform(wholeNumberFrom(1, 1'000'000'000'000'000'000));
+    app()
+        .add_option("--max-length", maxLength_, "Drop a connection that sends a longer event, bytes; 0: no limit")
+        ->transform(wholeNumberFrom(0, 2147483647))
+        ->capture_default_str();
     app().add_option("--seconds", seconds_, "End after this time")->check(numberFrom(0.001, 1e9));
     app()
         .add_option("--color", colour_, "Colour the lines")
@@ -48,6 +56,7 @@ ListenCommand::ListenCommand(CLI::App& parent)
 }
 
 void ListenCommand::run() {
+    Varnex::Event::setMaxLength(maxLength_);
     Varnex::Server server;
     open(server);
     options_.format.colour = colour_ == "always" || (colour_ == "auto" && ::isatty(STDOUT_FILENO) == 1);

@@ -9,6 +9,7 @@ namespace VarnexTool {
 namespace {
 
 constexpr std::chrono::milliseconds kPause{100};
+constexpr int kKeepAliveSeconds = 60;
 
 }  // namespace
 
@@ -28,6 +29,7 @@ void Listener::accept() {
         return pause(error.what());
     }
     pausing_ = false;
+    client->setKeepAlive(kKeepAliveSeconds);  // a peer that vanished must not hold a thread for ever
     Connection& connection = connections_.emplace_back(std::move(client), log_, [this] { wake(server_); });
     if (connection.start()) return;
     EventLog::note(connection.peer() + " dropped: cannot start a thread");

@@ -16,7 +16,7 @@ namespace {
 
 const CLI::callback_t kAcceptAll = [](const CLI::results_t&) { return true; };  // they are read later
 
-constexpr double kMaxCount = 1e18;
+constexpr long long kMaxCount = 1000'000'000'000'000'000;
 
 class SendCommand : public Command {
 public:
@@ -62,10 +62,13 @@ SendCommand::SendCommand(CLI::App& parent) : Command(parent, "send", "Send an ev
     app().add_option("TYPE", unknownType_,
                      "The event type: MessageEvent, Message or its ID; its fields follow as options, which "
                      "varnex send HOST:PORT TYPE --help explains");
-    app().add_option("--tag", tag_, "The tag of the event")->check(numberFrom(0, 65535))->capture_default_str();
+    app()
+        .add_option("--tag", tag_, "The tag of the event")
+        ->transform(wholeNumberFrom(0, 65535))
+        ->capture_default_str();
     app()
         .add_option("--count", count_, "Send it this often; 0: until stopped")
-        ->check(numberFrom(0, kMaxCount))
+        ->transform(wholeNumberFrom(0, kMaxCount))
         ->capture_default_str();
     app().add_option("--rate", rate_, "Events a second; without it as fast as they go")->check(numberFrom(0.001, 1e6));
     app()
@@ -126,6 +129,7 @@ void SendCommand::run() {
     Varnex::Client client;
     dial(client, to, std::chrono::duration<double>(connectSeconds_));
     sendAll(client, *event, stop);
+    if (!stop.isStopped()) hangUp(client);
 }
 
 void SendCommand::sendAll(Varnex::Client& client, Varnex::Event& event, const StopWatcher& stop) const {

@@ -75,7 +75,7 @@ SimulateCommand::SimulateCommand(CLI::App& parent)
         .add_option("--rate", rate_, "Positions a second of each body")
         ->check(numberFrom(0.001, 1e6))
         ->capture_default_str();
-    app().add_option("--bodies", bodies_, "How many")->check(numberFrom(1, 100000))->capture_default_str();
+    app().add_option("--bodies", bodies_, "How many")->transform(wholeNumberFrom(1, 100000))->capture_default_str();
     app()
         .add_option("--seconds", seconds_, "End after this time; without it when stopped")
         ->check(numberFrom(0.001, 1e9));
@@ -97,6 +97,7 @@ void SimulateCommand::run() {
         if (stop.isStopped()) return;
         throw Failure(withLibraryMessage(where_ + " stopped taking events"));
     }
+    hangUp(client);
 }
 
 }  // namespace
