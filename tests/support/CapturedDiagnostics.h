@@ -12,19 +12,15 @@ public:
     ~CapturedDiagnostics() { Varnex::setDiagnosticSink(previous_); }
 
     /// Everything since construction, line ends included.
-    std::string errors() const { return read(Varnex::DiagnosticStream::Error); }
-    std::string output() const { return read(Varnex::DiagnosticStream::Output); }
+    std::string errors() const { return add(Varnex::DiagnosticStream::Error, ""); }
+    std::string output() const { return add(Varnex::DiagnosticStream::Output, ""); }
 
 private:
-    static void take(Varnex::DiagnosticStream stream, std::string_view text) {
+    static void take(Varnex::DiagnosticStream stream, std::string_view text) { add(stream, text); }
+    static std::string add(Varnex::DiagnosticStream stream, std::string_view text) {
         const std::lock_guard lock(mutex_);
-        texts_[static_cast<int>(stream)] += text;
+        return texts_[static_cast<int>(stream)] += text;
     }
-    static std::string read(Varnex::DiagnosticStream stream) {
-        const std::lock_guard lock(mutex_);
-        return texts_[static_cast<int>(stream)];
-    }
-
     static inline std::mutex mutex_;
     static inline std::string texts_[2];
     Varnex::DiagnosticSink previous_;

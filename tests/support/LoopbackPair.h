@@ -2,8 +2,13 @@
 
 #include <Varnex/transport/Client.h>
 #include <Varnex/transport/Server.h>
+#include <tests/support/CapturedDiagnostics.h>
+#include <tests/support/FailingCall.h>
+#include <tests/support/ThrowsText.h>
 
 #include <memory>
+#include <thread>
+#include <vector>
 
 /// A server on a free port of 127.0.0.1, a client and the server's end of their connection.
 struct LoopbackPair {

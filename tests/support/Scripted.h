@@ -3,7 +3,6 @@
 #include <Varnex/transport/Communicator.h>
 
 #include <algorithm>
-#include <cstring>
 #include <string>
 #include <vector>
 
@@ -16,21 +15,17 @@ struct ReceiverScript : Base {
     int failWait = 0;        ///< the same for waits
     bool takesZero = false;  ///< whether a receive of 0 bytes succeeds
     bool stalls = false;     ///< instead of the end of the stream, waits time out and receives fail
-    int receives = 0;
-    int waits = 0;
+    int receives = 0, waits = 0;
     int breaks = 0;  ///< pending wake-ups
     bool closed = false;
 
     bool close() override { return closed = true; }
-
     bool receive(void* data, int& n) override {
         if (++receives == failReceive || n < 0 || (n == 0 && !takesZero) || (stalls && bytes.empty())) return false;
         const std::size_t piece = pieceSizes.empty() ? bytes.size() : pieceSizes.front();
         if (pieceSizes.size() > 1) pieceSizes.erase(pieceSizes.begin());
-        const std::size_t count = std::min({static_cast<std::size_t>(n), piece, bytes.size()});
-        std::memcpy(data, bytes.data(), count);
-        bytes.erase(0, count);
-        n = static_cast<int>(count);
+        n = static_cast<int>(bytes.copy(static_cast<char*>(data), std::min(static_cast<std::size_t>(n), piece)));
+        bytes.erase(0, static_cast<std::size_t>(n));
         return true;
     }
 
@@ -41,10 +36,7 @@ struct ReceiverScript : Base {
         return stalls && bytes.empty() ? this->WaitTimedOut : this->WaitData;
     }
     void breakWait() override { ++breaks; }
-    bool dataAvail(int& n) override {
-        n = static_cast<int>(bytes.size());
-        return !closed;
-    }
+    bool dataAvail(int& n) override { return n = static_cast<int>(bytes.size()), !closed; }
 };
 
 /// Records what is sent, taking at most `takeAtMost` bytes a call.

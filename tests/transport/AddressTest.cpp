@@ -7,7 +7,6 @@
 #include <gmock/gmock.h>
 
 #include <netdb.h>
-#include <unistd.h>
 
 using Varnex::Exception;
 using Varnex::InetAddress;
@@ -24,8 +23,7 @@ TEST(InetAddressTest, ReadsTextAndTellsTheKindsApart) {
           "239.255.255.255 multicast", "240.0.0.1", "255.255.255.255 invalid"})
         EXPECT_EQ(describe(InetAddress::getByAddress(description.substr(0, description.find(' ')))), description);
     EXPECT_EQ(describe(InetAddress::getByAddress("0x7f.1")), "127.0.0.1 loopback");
-    EXPECT_EQ(describe(InetAddress::getByAddress("1.2.3.256")), "255.255.255.255 invalid");
-    EXPECT_EQ(describe(InetAddress()), "255.255.255.255 invalid");
+    EXPECT_EQ(describe(InetAddress::getByAddress("1.2.3.256")), describe(InetAddress()));
     EXPECT_EQ(describe(InetAddress::getAnyLocalAddress()), "0.0.0.0 any");
     const unsigned char octets[] = {1, 2, 3, 4};
     unsigned char back[4] = {};
@@ -44,53 +42,46 @@ TEST(InetAddressTest, LooksUpLocalNamesAndInterfacesAndRefusesBadNames) {
         EXPECT_THAT(InetAddress::getAllByName(host), testing::Contains(loopback));
     for (const char* host : {"a..b", "255.255.255.255"}) EXPECT_FALSE(InetAddress::getByName(host).isValid());
     EXPECT_THAT(InetAddress::getAllByName("a..b"), testing::IsEmpty());
-    char name[256] = {};
-    ASSERT_EQ(::gethostname(name, sizeof name - 1), 0);
-    EXPECT_EQ(InetAddress::getLocalHostName(), name);
+    const std::string name = InetAddress::getLocalHostName();
     EXPECT_EQ(InetAddress::getLocalHost(), InetAddress::getByName(name));
     EXPECT_EQ(InetAddress::getAllLocalHost(), InetAddress::getAllByName(name));
 }
 
-static S resolve(const char* host, const char* service, S::Flags flags = S::NoFlags, S::SockType type = S::Stream,
+static S resolve(const char* host, const char* service, int flags = 0, S::SockType type = S::Stream,
                  S::Proto proto = S::TCP) {
     std::vector<S> all(3);
-    S::resolve(host, std::string(service), flags, type, proto, all);
+    S::resolve(host, std::string(service), static_cast<S::Flags>(flags), type, proto, all);
     return all.at(0);
 }
 
 static std::string describe(const S& a) {
-    return a.toString() + " " + a.getServiceName() + (a.isUnspecified() ? " any" : "") +
-           (a.isLoopback() ? " loopback" : "");
+    const std::string kind = a.isUnspecified() ? " any" : a.isLoopback() ? " loopback" : "";
+    return a.toString() + " " + a.getServiceName() + kind;
 }
 
 TEST(SocketAddressTest, ResolvesHostsAndServicesAndCopies) {
     EXPECT_EQ(describe(resolve("127.0.0.1", "http")), "127.0.0.1:80 http loopback");
     EXPECT_EQ(describe(resolve("127.0.0.2", "514", S::NumericHost)), "127.0.0.2:514 shell");
-    const S udp = resolve("127.0.0.1", "514", S::NumericHost | S::NumericService, S::Datagram, S::UDP);
-    EXPECT_EQ(describe(udp), "127.0.0.1:514 syslog loopback");
     EXPECT_EQ(describe(resolve("::1", "65535")), "[::1]:65535 65535 loopback");
     EXPECT_EQ(describe(resolve("::", "")), "[::]:0 0 any");
     std::vector<S> all(5);
     S::resolve("", 80, S::Passive, S::Stream, S::TCP, all);
-    for (const auto& address : all) EXPECT_TRUE(address.isUnspecified() && address.getServicePort() == 80);
-    S address = udp;
+    for (const S& wildcard : all) EXPECT_TRUE(wildcard.isUnspecified() && wildcard.getServicePort() == 80);
+    S address = resolve("127.0.0.1", "514", S::NumericHost | S::NumericService, S::Datagram, S::UDP);
     const S copy = address, &itself = address;
-    EXPECT_EQ(describe(address = itself), describe(udp));
+    EXPECT_EQ(describe(address = itself), "127.0.0.1:514 syslog loopback");
     address = resolve("::1", "2");
-    EXPECT_EQ(describe(copy), describe(udp));
+    EXPECT_EQ(describe(copy), "127.0.0.1:514 syslog loopback");
 }
 
 TEST(SocketAddressTest, FailuresThrowTheirTexts) {
     EXPECT_THROWS_TEXT(resolve("x", "1", S::NumericHost), Exception, "Name or service not known");
     EXPECT_THROWS_TEXT(resolve("", "no-such-service"), Exception, "Servname not supported for ai_socktype");
     EXPECT_THROWS_TEXT(S().getServiceName(), Exception, "ai_family not supported");
-    unsigned char bytes[129] = {};
     addrinfo result{};
-    result.ai_addr = reinterpret_cast<sockaddr*>(bytes);
-    result.ai_addrlen = sizeof bytes;
+    result.ai_addrlen = 129;
     const char* const tooLarge = "Invalid address size (129), must be smaller than or equal to 128";
     EXPECT_THROWS_TEXT(S().set(&result), Exception, tooLarge);
-
     const S address = resolve("127.0.0.1", "1");
     EXPECT_EQ(address.getHostName(), "localhost");
     const FailingCall once(Call::getnameinfo, 0, EAI_FAIL);

@@ -1,10 +1,6 @@
 #include <Varnex/transport/BufferedCommunicator.h>
 #include <tests/support/LoopbackPair.h>
 
-#include <gtest/gtest.h>
-
-#include <thread>
-
 struct Channel {
     std::unique_ptr<Varnex::Communicator> here, there;
 };

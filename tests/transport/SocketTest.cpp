@@ -1,10 +1,6 @@
-#include <Varnex/transport/IOException.h>
 #include <Varnex/transport/InitSocket.h>
 #include <Varnex/transport/Socket.h>
-#include <Varnex/transport/UniqueFd.h>
-#include <tests/support/CapturedDiagnostics.h>
-#include <tests/support/FailingCall.h>
-#include <tests/support/ThrowsText.h>
+#include <tests/support/LoopbackPair.h>
 
 #include <csignal>
 
@@ -16,11 +12,6 @@ static std::pair<UniqueFd, UniqueFd> makePair(int type) {
     int ends[2] = {-1, -1};
     EXPECT_EQ(::socketpair(AF_UNIX, type, 0, ends), 0);
     return {UniqueFd(ends[0]), UniqueFd(ends[1])};
-}
-
-TEST(ExceptionTest, CarriesItsTextAndAnIOExceptionIsCaughtAsOne) {
-    EXPECT_THROWS_TEXT(throw Varnex::Exception("x"), Varnex::Exception, "x");
-    EXPECT_THROW(throw Varnex::IOException("y"), Varnex::Exception);
 }
 
 TEST(SocketTest, AnyNumberOfChunksIsOneDatagram) {
