@@ -1,85 +1,65 @@
 #include "Process.h"
 
 #include <Varnex/events/EventType.h>
-#include <Varnex/transport/Client.h>
+#include <tests/support/LoopbackPair.h>
 
+#include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
 using nlohmann::json;
-using Words = std::vector<std::string>;
-
-static Words join(Words words, const Words& more) {
-    words.insert(words.end(), more.begin(), more.end());
-    return words;
-}
 
 /// `varnex listen` on loopback, with the address it listens at.
 struct Listening : Process {
-    explicit Listening(const Words& options) : Process(join({"listen", "127.0.0.1:0"}, options)) {
-        const std::string first = line(Error);
+    explicit Listening(const std::string& options) : Process("listen 127.0.0.1:0 " + options) {
+        const std::string first = text(Error);
         EXPECT_EQ(first.substr(0, 13), "listening on ");
         address = first.substr(std::min<std::size_t>(13, first.size()));
     }
-    json object() { return json::parse(line(Output), nullptr, false); }
-    bool notes(const std::string& text) { return line(Error).find(text) != std::string::npos; }
+    json object() { return json::parse(text(Output), nullptr, false); }
     std::string address;
 };
 
-static int run(const Words& words) {
-    Process process(words);
-    EXPECT_EQ(process.rest(Process::Error), "");
-    return process.wait();
-}
-
-struct Sent {
-    Words words;
-    const char* printed;  // the type and the fields
-};
-
-const Sent kSent[] = {
-    {{"0", "--tag", "65535"}, R"("Event":{})"},
-    {{"message", "--code", "-3", "--text", "--hi \"\xC3\xA9\xFF"},
-     R"("MessageEvent":{"code":-3,"text":"--hi \"\u00e9\ufffd"})"},
-    {{"Varnex::HandleEvent", "--handle", "h", "--value", "18446744073709551615"},
+// What is sent, and the type and the fields that are printed of it.
+const std::pair<std::string, std::string> kSent[] = {
+    {"0 --tag 65535", R"("Event":{})"},
+    {"message --code -3 --text --hi_\"\xC3\xA9\xFF", R"("MessageEvent":{"code":-3,"text":"--hi_\"\u00e9\ufffd"})"},
+    {"Varnex::HandleEvent --handle h --value 18446744073709551615",
      R"("HandleEvent":{"handle":"h","value":18446744073709551615})"},
-    {{"STATUS", "--status", "-2147483648", "--handle", ""},
-     R"("StatusEvent":{"handle":"","value":0,"status":-2147483648})"},
-    {{"Transform", "--flag1"}, R"("TransformEvent":{"handle":"","value":0,"flag1":true,"flag2":false})"},
-    {{"Translation", "--flag1", "no", "--flag2", "--translation", "-1,2.5,1e-7"},
+    {"STATUS --status -2147483648 --handle ", R"("StatusEvent":{"handle":"","value":0,"status":-2147483648})"},
+    {"Transform --flag1", R"("TransformEvent":{"handle":"","value":0,"flag1":true,"flag2":false})"},
+    {"Translation --flag1 no --flag2 --translation -1,2.5,1e-7",
      R"("TranslationEvent":{"handle":"","value":0,"flag1":false,"flag2":true,"translation":[-1.0,2.5,1e-07]})"},
-    {{"23", "--rotation", "0.1,nan,-inf,3e38"},
+    {"23 --rotation 0.1,nan,-inf,3e38",
      R"("RotationEvent":{"handle":"","value":0,"flag1":false,"flag2":false,"rotation":[0.1,null,null,3e+38]})"},
-    {{"TranslationRotation", "--rotation", "4,5,6,7", "--translation", "1,2,3"},
+    {"TranslationRotation --rotation 4,5,6,7 --translation 1,2,3",
      R"("TranslationRotationEvent":{"handle":"","value":0,"flag1":false,"flag2":false,"translation":[1,2,3],)"
      R"("rotation":[4,5,6,7]})"},
-    {{"TrackedPoints", "--point", "-1,0,0,1,-7,0x10", "--point", "0,0,0,0,1,2"},
+    {"TrackedPoints --point -1,0,0,1,-7,0x10 --point 0,0,0,0,1,2",
      R"("TrackedPointsEvent":{"handle":"","value":0,"points":[{"x":-1.0,"y":0,"z":0,"w":1.0,"id":-7,"flags":16},)"
      R"({"x":0,"y":0,"z":0,"w":0,"id":1,"flags":2}]})"},
-    {{"ServerInfo", "--status", "1", "--id", "-2", "--port", "65535", "--mask", "0xff", "--host-address", "::1"},
+    {"ServerInfo --status 1 --id -2 --port 65535 --mask 0xff --host-address ::1",
      R"("ServerInfoEvent":{"status":1,"id":-2,"port":65535,"mask":255,"hostAddress":"::1","hostName":""})"},
-    {{"ServerInfoQuery", "--mask", "-1", "--id", "9"}, R"("ServerInfoQueryEvent":{"mask":-1,"id":9})"},
-    {{"Hello", "--name1", "a", "--name2", "b", "--number1", "1", "--number2", "2"},
-     R"("HelloEvent":{"name1":"a","name2":"b","number1":1,"number2":2})"},
+    {"ServerInfoQuery --mask -1 --id 9", R"("ServerInfoQueryEvent":{"mask":-1,"id":9})"},
+    {"Hello --name1 a --name2 b --number2 2", R"("HelloEvent":{"name1":"a","name2":"b","number1":0,"number2":2})"},
 };
 
 TEST(CommandTest, SendsEachRegisteredTypeAndListenPrintsItsFields) {
-    Listening listener({"--json", "--count", std::to_string(std::size(kSent))});
+    Listening listener("--json --count " + std::to_string(std::size(kSent)));
     EXPECT_EQ(std::size(kSent), Varnex::EventType::getTypes().size());
-    for (const Sent& sent : kSent) {
-        ASSERT_EQ(run(join({"send", listener.address}, sent.words)), 0) << sent.printed;
+    for (const auto& [words, printed] : kSent) {
+        ASSERT_EQ(Process("send " + listener.address + " " + words).wait(), 0) << printed;
         json line = listener.object();
-        ASSERT_TRUE(line.is_object()) << sent.printed;
+        ASSERT_TRUE(line.is_object()) << printed;
         for (const char* machine : {"sysText1", "sysText2", "sysText3"})
             EXPECT_EQ(line["fields"].erase(machine), line["id"] == 8 ? 1U : 0U);
         EXPECT_EQ(line["tag"], line["id"] == 0 ? 65535 : 0);
-        const json printed = {{std::string(line["type"]), line["fields"]}};
-        EXPECT_EQ(printed, json::parse("{" + std::string(sent.printed) + "}"));
+        EXPECT_EQ(json({{std::string(line["type"]), line["fields"]}}), json::parse("{" + printed + "}"));
     }
     EXPECT_EQ(listener.wait(), 0);
 }
 
 TEST(CommandTest, GarbageIsReportedAndTheNextClientServed) {
-    Listening listener({});
+    Listening listener("--count 1000");
     const std::pair<std::string, const char*> cases[] = {
         {"\x01\x02\xFF garbage without a magic", "broken: wrong magic"},
         {std::string("VX01\xFF\xFF\xFF\xFF\0\x0A\0\0", 12), "is above the limit"},
@@ -88,20 +68,18 @@ TEST(CommandTest, GarbageIsReportedAndTheNextClientServed) {
     for (const auto& [garbage, note] : cases) {
         Varnex::Client client;
         client.open("127.0.0.1", static_cast<unsigned short>(std::stoi(listener.address.substr(10))));
-        int n = static_cast<int>(garbage.size());
-        ASSERT_TRUE(client.send(garbage.data(), n));
-        EXPECT_TRUE(listener.notes(note)) << note;
+        ASSERT_TRUE(sends(client, garbage));
+        EXPECT_THAT(listener.text(Process::Error), testing::HasSubstr(note));
     }
-    EXPECT_EQ(run({"send", listener.address, "Message", "--text", "a\x1B[2Jb", "--tag", "5"}), 0);
-    const std::string line = listener.line(Process::Output);
-    EXPECT_NE(line.find(" MessageEvent tag=5 code=0 text=\"a\\x1b[2Jb\""), std::string::npos) << line;
-    listener.signal(SIGINT);
-    EXPECT_EQ(listener.wait(), 0);
+    EXPECT_EQ(Process("send " + listener.address + " Message --tag 5 --text a\x1B[2Jb").wait(), 0);
+    const char* const shown = " MessageEvent tag=5 code=0 text=\"a\\x1b[2Jb\"";
+    EXPECT_THAT(listener.text(Process::Output), testing::HasSubstr(shown));
+    EXPECT_EQ(listener.wait(SIGINT), 0);
 }
 
 TEST(CommandTest, SimulateSendsTimeStampedBodiesOnACircle) {
-    Listening listener({"--json", "--count", "40", "--summary"});
-    Process tracker({"simulate", listener.address, "--bodies", "2", "--rate", "1000"});
+    Listening listener("--json --count 40 --summary");
+    Process tracker("simulate " + listener.address + " --bodies 2 --rate 1000");
     for (int i = 0; i < 40; ++i) {
         const auto fields = listener.object()["fields"];
         EXPECT_EQ(fields["handle"], i % 2 == 0 ? "body1" : "body2");
@@ -117,35 +95,32 @@ TEST(CommandTest, SimulateSendsTimeStampedBodiesOnACircle) {
 }
 
 TEST(CommandTest, EndsCleanlyOnSignals) {
-    Listening listener({"--quiet"});
-    Process sender({"send", listener.address, "Message", "--count", "0"});
-    Process never({"listen", listener.address});
-    EXPECT_EQ(never.wait(), 1) << "the port is taken";
-    EXPECT_EQ(Listening({"--seconds", "0.01"}).wait(), 0);
-    listener.signal(SIGTERM);
-    EXPECT_EQ(listener.wait(), 0);
+    Listening listener("--quiet");
+    Process sender("send " + listener.address + " Message --count 0");
+    EXPECT_EQ(Process("listen " + listener.address).wait(), 1) << "the port is taken";
+    EXPECT_EQ(Listening("--seconds 0.01").wait(), 0);
+    EXPECT_EQ(listener.wait(SIGTERM), 0);
     EXPECT_EQ(sender.wait(), 1);
 }
 
 TEST(CommandTest, SaysInOneLineWhatIsWrong) {
-    const std::string port1 = "127.0.0.1:1";
-    const std::tuple<Words, int, const char*> cases[] = {
-        {{}, 2, "A subcommand is required"},
-        {{"fly"}, 2, "unknown subcommand or option \"fly\""},
-        {{"listen", "70000"}, 2, "\"70000\": the port must be a number from 0 to 65535"},
-        {{"send", "127.0.0.1:4711x", "Message"}, 2, "the port must be a number"},
-        {{"send", port1, "Mess\nage", "--text", "a"}, 2, "unknown event type \"Mess\\nage\""},
-        {{"send", port1}, 2, "TYPE is required"},
-        {{"send", port1, "Message", "--handle", "h"}, 2, "unexpected argument \"--handle\""},
-        {{"send", port1, "Message", "--code", "9e9"}, 2, "--code: \"9e9\" is not a number from -32768 to 32767"},
-        {{"send", port1, "Message", "--tag", "65536"}, 2, "--tag: \"65536\" is not a "},
-        {{"send", port1, "Message"}, 1, "127.0.0.1:1: Cannot connect to server (Connection refused)"},
+    const std::tuple<const char*, int, const char*> cases[] = {
+        {"", 2, "A subcommand is required"},
+        {"fly", 2, "unknown subcommand or option \"fly\""},
+        {"listen 70000", 2, "\"70000\": the port must be a number from 0 to 65535"},
+        {"send 127.0.0.1:4711x Message", 2, "the port must be a number"},
+        {"send 127.0.0.1:1 Mess\nage --text a", 2, "unknown event type \"Mess\\nage\""},
+        {"send 127.0.0.1:1", 2, "TYPE is required"},
+        {"send 127.0.0.1:1 Message --handle h", 2, "unexpected argument \"--handle\""},
+        {"send 127.0.0.1:1 Message --code 32768", 2, "--code: \"32768\" is not a number from -32768 to 32767"},
+        {"send 127.0.0.1:1 Message --tag 65536", 2, "--tag: \"65536\" is not a "},
+        {"send 127.0.0.1:1 Message", 1, "127.0.0.1:1: Cannot connect to server (Connection refused)"},
     };
     for (const auto& [words, exitCode, expected] : cases) {
         Process process(words);
         const std::string error = process.rest(Process::Error);
         EXPECT_TRUE(error.substr(0, 8) == "varnex: " && error.find('\n') == error.size() - 1) << error;
-        EXPECT_NE(error.find(expected), std::string::npos) << error;
+        EXPECT_THAT(error, testing::HasSubstr(expected));
         EXPECT_EQ(process.rest(Process::Output), "");
         EXPECT_EQ(process.wait(), exitCode) << error;
     }

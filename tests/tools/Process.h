@@ -20,10 +20,12 @@ class Process {
 public:
     enum Stream { Output = STDOUT_FILENO, Error = STDERR_FILENO };
 
-    explicit Process(std::vector<std::string> words) {
-        words.insert(words.begin(), VARNEX_COMMAND);
-        std::vector<char*> argv;
-        for (std::string& word : words) argv.push_back(word.data());
+    /// `words`: the arguments, each after one space but the first.
+    explicit Process(std::string words) {
+        std::vector<char*> argv{program_.data()};
+        if (!words.empty()) argv.push_back(words.data());
+        for (char& c : words)
+            if (c == ' ') c = '\0', argv.push_back(&c + 1);
         argv.push_back(nullptr);
         Varnex::UniqueFd writeEnds[3];
         posix_spawn_file_actions_t actions;
@@ -39,38 +41,29 @@ public:
         ::posix_spawn_file_actions_destroy(&actions);
     }
     ~Process() {
-        if (id_ > 0) signal(SIGKILL), wait();
+        if (id_ > 0) wait(SIGKILL);
     }
 
-    void signal(int number) { EXPECT_EQ(::kill(id_, number), 0); }
-
-    /// The next line without its end; empty at the end of the stream and after 20 silent seconds.
-    std::string line(Stream stream) {
+    /// The next line without its end, or the text up to another character; ends with the stream or 20 silent seconds.
+    std::string text(Stream stream, char end = '\n') {
         std::string text;
-        for (char byte; next(stream, byte) && byte != '\n';) text += byte;
+        pollfd polled{ends_[stream].get(), POLLIN, 0};
+        for (char byte; ::poll(&polled, 1, 20000) == 1 && ::read(polled.fd, &byte, 1) == 1 && byte != end;)
+            text += byte;
         return text;
     }
+    std::string rest(Stream stream) { return text(stream, '\0'); }
 
-    /// All that is left of the stream.
-    std::string rest(Stream stream) {
-        std::string text;
-        for (char byte; next(stream, byte);) text += byte;
-        return text;
-    }
-
-    /// The exit code, or minus the signal that ended it.
-    int wait() {
+    /// The exit code, or minus the signal that ended it, after a signal sent to it (0: none).
+    int wait(int signal = 0) {
         int status = 0;
+        EXPECT_EQ(::kill(id_, signal), 0);
         EXPECT_GT(::waitpid(std::exchange(id_, -1), &status, 0), 0);
         return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
     }
 
 private:
-    bool next(Stream stream, char& byte) {
-        pollfd polled{ends_[stream].get(), POLLIN, 0};
-        return ::poll(&polled, 1, 20000) == 1 && ::read(polled.fd, &byte, 1) == 1;
-    }
-
+    std::string program_ = VARNEX_COMMAND;
     pid_t id_ = -1;
     Varnex::UniqueFd ends_[3];
 };
