@@ -1,77 +1,77 @@
-#include <tests/events/ProbeEvent.h>
-#include <tests/support/CapturedDiagnostics.h>
+#include <tests/events/Wire.h>
 
-#include <Varnex/events/MessageEvent.h>
+#include <Varnex/events/ibinstream.h>
+#include <Varnex/events/obinstream.h>
 
-#include <gtest/gtest.h>
+using namespace Varnex;
 
 namespace {
 
-struct Written {
-    const char* name;
-    ProbeEvent::Action write;
-    const char* hex;
-};
-
 template <class T>
-Written written(const char* name, T value, const char* hex) {
-    return {name, [value](ProbeEvent& e) { e.addField(value); }, hex};
+T take(ProbeEvent& event) {
+    T value = static_cast<T>(1);
+    event.getField(value);
+    return value;
 }
 
-Written rawBytes(const char* name, const char* data, int length, const char* hex) {
-    return {name, [=](ProbeEvent& e) { e.addField(data, length); }, hex};
-}
-
-TEST(EventFieldsTest, EachValueIsWrittenBigEndianInItsWidth) {
-    const Written all[] = {
-        written("true", true, "0001"),
-        written("false", false, "0000"),
-        written<short>("short", -2, "fffe"),
-        written<unsigned short>("unsigned short", 0xabcd, "abcd"),
-        written("int", -2, "fffffffe"),
-        written("unsigned int", 0x89abcdefu, "89abcdef"),
-        written("long", -2L, "fffffffe"),
-        written("low bits of a long", 0x123456789L, "23456789"),
-        written("low bits of an unsigned long", 0xffffffff01020304UL, "01020304"),
-        {"64 bits", [](ProbeEvent& e) { e.addFieldUInt64(0x0102030405060708); }, "0102030405060708"},
-        written("float", 1.0f, "3f800000"),
-        written("double", -1.0, "bff0000000000000"),
-        written<std::string>("text", "ab", "0002 6162"),
-        written("text with a NUL", std::string("a\0b", 3), "0003 610062"),
-        written<std::string>("empty text", "", "0000"),
-        rawBytes("raw bytes", "abc", 2, "6162"),
-        rawBytes("raw bytes to the terminator", "abc", -1, "616263"),
-        rawBytes("no raw bytes", "abc", 0, ""),
-        rawBytes("negative number of raw bytes", "abc", -2, ""),
-        rawBytes("null raw bytes", nullptr, 3, ""),
-        {"negative data", [](ProbeEvent& e) { e.addData("abc", -1); }, ""},
-    };
-    for (const auto& [name, write, hex] : all) {
-        ProbeEvent event(write);
-        EXPECT_EQ(hexOf(wireOf(event).substr(12)), digits(hex)) << name;
+/// `value` has these bytes as a field and in a binary stream, where it can be there, and is read back as `back`; when
+/// bytes are missing it is 0, the position stays and the stream fails.
+template <class T>
+void expectNumber(T value, const char* field, const char* streamed, T back) {
+    if constexpr (requires(ProbeEvent e) { e.getField(value); }) {
+        ProbeEvent event([value](ProbeEvent& e) { e.addField(value); });
+        const std::string bytes = bytesOf(field);
+        EXPECT_EQ(wireOf(event).substr(12), bytes);
+        EXPECT_EQ(ProbeEvent().readFields(bytes + "x", take<T>), std::pair(back, bytes.size())) << field;
+        for (std::size_t size = 0; size < bytes.size(); ++size)
+            EXPECT_EQ(ProbeEvent().readFields(bytes.substr(0, size), take<T>), std::pair(T{}, std::size_t{0})) << field;
+    }
+    if constexpr (requires(obinstream s) { s << value; }) {
+        std::ostringstream out;
+        obinstream(out) << value;
+        EXPECT_EQ(out.str(), bytesOf(streamed));
+        for (std::size_t size = 0; size <= out.str().size(); ++size) {
+            std::istringstream in(out.str().substr(0, size));
+            T read = static_cast<T>(1);
+            ibinstream(in) >> read;
+            EXPECT_EQ(read, in ? back : T{}) << streamed;
+            EXPECT_EQ(in.good(), size == out.str().size()) << streamed;
+        }
     }
 }
 
-struct Taken {
-    const char* name;
-    const char* hex;
-    std::function<std::string(ProbeEvent&)> take;
-    const char* expected;  ///< the value and, behind "@", the bytes consumed
-};
-
-template <class T>
-std::string number(ProbeEvent& event) {
-    std::ostringstream text;
-    T value = static_cast<T>(1);
-    event.getField(value);
-    text << value;
-    return text.str();
+TEST(EventFieldsTest, NumbersAreBigEndianInTheirWidthInEventsAndStreams) {
+    expectNumber(true, "0001", "01", true);
+    expectNumber(false, "0000", "00", false);
+    expectNumber('c', "", "63", 'c');
+    expectNumber<signed char>(-2, "", "fe", -2);
+    expectNumber<unsigned char>(200, "", "c8", 200);
+    expectNumber<short>(-2, "fffe", "fffe", -2);
+    expectNumber<unsigned short>(0xabcd, "abcd", "abcd", 0xabcd);
+    expectNumber(-2, "fffffffe", "fffffffe", -2);
+    expectNumber(0x89abcdefu, "89abcdef", "89abcdef", 0x89abcdefu);
+    expectNumber(0x1fffffffeL, "fffffffe", "fffffffe", -2L);
+    expectNumber(0xfffffffffffffffeUL, "fffffffe", "fffffffe", 0xfffffffeUL);
+    expectNumber(0x0102030405060708ull, "0102030405060708", "", 0x0102030405060708ull);
+    expectNumber(1.0f, "3f800000", "3f800000", 1.0f);
+    expectNumber(-1.5, "bff8000000000000", "bff8000000000000", -1.5);
+    EXPECT_TRUE(ProbeEvent().readFields(bytesOf("0100"), take<bool>).first) << "any bit is true";
 }
 
-std::string uint64(ProbeEvent& event) {
-    unsigned long long value = 1;
-    event.getFieldUInt64(value);
-    return std::to_string(value);
+template <class... Value>
+std::string written(Value... value) {
+    ProbeEvent event([=](ProbeEvent& e) { e.addField(value...); });
+    return wireOf(event).substr(12);
+}
+
+TEST(EventFieldsTest, TextsHaveA16BitCountAndRawBytesNone) {
+    EXPECT_EQ(written(std::string("a\0b", 3)), bytesOf("0003610062"));
+    EXPECT_EQ(written(std::string()), bytesOf("0000"));
+    EXPECT_EQ(written("abc"), "abc");
+    EXPECT_EQ(written("abc", 2), "ab");
+    EXPECT_EQ(written("abc", 0) + written("abc", -2) + written(static_cast<const char*>(nullptr), 3), "");
+    const CapturedDiagnostics lines;
+    EXPECT_TRUE(written(std::string(65538, 'x')) == bytesOf("0002") + std::string(65538, 'x'));
 }
 
 std::string text(ProbeEvent& event) {
@@ -80,97 +80,67 @@ std::string text(ProbeEvent& event) {
     return value;
 }
 
-std::string textThenShort(ProbeEvent& event) {
-    const std::string first = text(event);
-    return first + number<short>(event);
-}
-
 template <int N>
-std::string raw(ProbeEvent& event) {
-    std::string field = "....";
-    event.getField(field.data(), N);
-    return field;
+std::string rawBytes(ProbeEvent& event) {
+    std::string value = "....";
+    event.getField(value.data(), N);
+    return value;
 }
 
-TEST(EventFieldsTest, EachValueIsReadInItsWidthOrNotAtAll) {
-    const Taken all[] = {
-        {"false", "0000", number<bool>, "0@2"},
-        {"any bit is true", "0100", number<bool>, "1@2"},
-        {"short", "fffe00", number<short>, "-2@2"},
-        {"unsigned short", "fffe", number<unsigned short>, "65534@2"},
-        {"int", "fffffffe", number<int>, "-2@4"},
-        {"unsigned int", "fffffffe", number<unsigned int>, "4294967294@4"},
-        {"long, sign-extended", "fffffffe00000000", number<long>, "-2@4"},
-        {"unsigned long, zero-extended", "fffffffe", number<unsigned long>, "4294967294@4"},
-        {"64 bits", "0000000100000002", uint64, "4294967298@8"},
-        {"float", "bfc00000", number<float>, "-1.5@4"},
-        {"double", "3fe0000000000000", number<double>, "0.5@8"},
-        {"half a bool", "01", number<bool>, "0@0"},
-        {"half a short", "01", number<short>, "0@0"},
-        {"nothing of an unsigned short", "", number<unsigned short>, "0@0"},
-        {"3 bytes of an int", "010101", number<int>, "0@0"},
-        {"3 bytes of an unsigned int", "010101", number<unsigned int>, "0@0"},
-        {"3 bytes of a long", "010101", number<long>, "0@0"},
-        {"3 bytes of an unsigned long", "010101", number<unsigned long>, "0@0"},
-        {"7 bytes of 64 bits", "01010101010101", uint64, "0@0"},
-        {"3 bytes of a float", "3f8000", number<float>, "0@0"},
-        {"7 bytes of a double", "3ff00000000000", number<double>, "0@0"},
-        {"text", "0002 6162 63", text, "ab@4"},
-        {"empty text", "0000 61", text, "@2"},
-        {"text past the end", "", text, "@0"},
-        {"half a count of text", "00", text, "@0"},
-        {"count above the rest", "0003 6162", text, "old@2"},
-        {"count above the rest, next field", "0003 0102", textThenShort, "old258@4"},
-        {"negative count", "8000 6162", text, "@2"},
-        {"negative count, next field", "ffff 0102", textThenShort, "258@4"},
-        {"raw bytes", "616263", raw<2>, "ab..@2"},
-        {"all raw bytes", "616263", raw<3>, "abc.@3"},
-        {"too many raw bytes", "616263", raw<4>, "....@0"},
-        {"no raw bytes", "616263", raw<0>, "....@0"},
-        {"negative number of raw bytes", "616263", raw<-1>, "....@0"},
+TEST(EventFieldsTest, TextsAndRawBytesAreReadWithinTheEventOnly) {
+    const std::string longest(32767, 'x');
+    const std::tuple<std::string, std::string (*)(ProbeEvent&), std::string, std::size_t> all[] = {
+        {bytesOf("0002616263"), text, "ab", 4},
+        {bytesOf("000061"), text, "", 2},
+        {bytesOf("00"), text, "", 0},
+        {bytesOf("00030102"), text, "old", 2},  // a count above the rest
+        {bytesOf("80000102"), text, "", 2},     // a count with a sign
+        {bytesOf("7fff") + longest, text, longest, 32769},
+        {"abc", rawBytes<2>, "ab..", 2},
+        {"abc", rawBytes<3>, "abc.", 3},
+        {"abc", rawBytes<4>, "....", 0},
+        {"abc", rawBytes<-1>, "....", 0},
     };
-    for (const auto& [name, hex, take, expected] : all)
-        EXPECT_EQ(ProbeEvent().readFields(bytesOf(hex), take), expected) << name;
+    for (const auto& [bytes, read, value, taken] : all)
+        EXPECT_EQ(ProbeEvent().readFields(bytes, read), std::pair(value, taken));
 }
-
-TEST(EventFieldsTest, TextOfUpTo32767BytesComesBack) {
-    const CapturedDiagnostics lines;
-    for (const std::size_t size : {32767u, 32768u, 65535u}) {
-        Varnex::MessageEvent event(1, std::string(size, 'x').c_str());
-        const auto back = parsed(wireOf(event));
-        EXPECT_EQ(dynamic_cast<Varnex::MessageEvent&>(*back).getText().size(), size == 32767 ? 32767 : 0);
-    }
-    ProbeEvent tooLong([](ProbeEvent& e) { e.addField(std::string(65538, 'x')); });
-    EXPECT_EQ(wireOf(tooLong).substr(12), bytesOf("0002") + std::string(65538, 'x'));
-}
-
-struct Growth {
-    int size;
-    int step;
-    const char* lines;
-};
 
 TEST(EventFieldsTest, BufferDoublesWithOneLineForEachGrowth) {
-    const Growth all[] = {
-        {1024, 1012, ""},
-        {1025, 1013, "Varnex::Event: Resize buffer to 2048\n"},
-        {1500, 1, "Varnex::Event: Resize buffer to 2048\n"},
-        {5000, 4988, "Varnex::Event: Resize buffer to 8192\n"},
-        {5000, 4,
-         "Varnex::Event: Resize buffer to 2048\nVarnex::Event: Resize buffer to 4096\n"
-         "Varnex::Event: Resize buffer to 8192\n"},
-    };
+    const std::string line = "Varnex::Event: Resize buffer to ";
+    const std::tuple<std::size_t, std::size_t, std::string> all[] = {
+        {1012, 1012, ""},
+        {1488, 1, line + "2048\n"},
+        {4988, 4988, line + "8192\n"},
+        {4988, 4, line + "2048\n" + line + "4096\n" + line + "8192\n"}};
+    std::string content;
+    for (int i = 0; i < 4988; ++i) content += static_cast<char>(i % 251);
     for (const auto& [size, step, lines] : all) {
-        std::string content;
-        for (int i = 12; i < size; ++i) content += static_cast<char>(i % 251);
-        ProbeEvent event([&content, width = step](ProbeEvent& e) {
-            for (std::size_t i = 0; i < content.size(); i += static_cast<std::size_t>(width))
-                e.addData(content.data() + i, width);
+        ProbeEvent event([&, last = size, width = step](ProbeEvent& e) {
+            for (std::size_t i = 0; i < last; i += width) e.addData(&content[i], static_cast<long>(width));
         });
         const CapturedDiagnostics printed;
-        EXPECT_EQ(wireOf(event).substr(12), content);
-        EXPECT_EQ(printed.errors(), lines) << size << " by " << step;
+        EXPECT_EQ(wireOf(event).substr(12), content.substr(0, size));
+        EXPECT_EQ(printed.errors(), lines);
     }
+}
+
+TEST(BinaryStreamsTest, TextsHaveA32BitCountAndTakeNoMoreThanCame) {
+    const std::string large(65537, 'x');
+    std::ostringstream out;
+    obinstream(out) << std::string("a\0b", 3) << "" << large << "ab";
+    EXPECT_TRUE(out.str() == bytesOf("00000003 610062 00000000 00010001") + large + bytesOf("00000002 6162"));
+    std::istringstream in(out.str() + bytesOf("ffffffff") + "short");
+    std::string nul, empty = "old", back, cut;
+    char array[4] = "???";
+    ibinstream(in) >> nul >> empty >> back >> array;
+    EXPECT_TRUE(in.good() && nul == std::string("a\0b", 3) && empty.empty() && back == large);
+    EXPECT_EQ(std::string(array, 4), std::string("ab\0\0", 4));
+    largestAllocation = 0;
+    ibinstream(in) >> cut >> array;
+    EXPECT_EQ(cut, "short");
+    EXPECT_TRUE(in.fail());
+    EXPECT_STREQ(array, "ab") << "without a count";
+    EXPECT_LT(largestAllocation, 200000u);
 }
 
 }  // namespace

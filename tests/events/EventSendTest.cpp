@@ -1,15 +1,13 @@
-#include <tests/events/ProbeEvent.h>
-#include <tests/support/CapturedDiagnostics.h>
-#include <tests/support/Scripted.h>
+#include <tests/events/Wire.h>
 
 #include <Varnex/events/EventBatch.h>
 #include <Varnex/events/MessageEvent.h>
-#include <Varnex/events/StatusEvent.h>
-
-#include <gtest/gtest.h>
+#include <Varnex/transport/BufferedCommunicator.h>
 
 #include <climits>
 #include <fstream>
+
+#include <unistd.h>
 
 using namespace Varnex;
 
@@ -21,97 +19,127 @@ const std::string kNotWritten =
 const std::string kUnknownType =
     "ERROR: Unknown type in Event::addFields() - did you forget to register your event type ?\n";
 
-TEST(EventSendTest, SucceedsOnlyWhenOneCallTookTheWholeEvent) {
-    struct Case {
-        int failSend, takeAtMost;
-        bool sent;
-    };
-    for (const auto& [failSend, takeAtMost, sent] :
-         {Case{0, -1, true}, {1, -1, false}, {0, 17, false}, {0, 18, true}}) {
-        ScriptedSender sender;
-        sender.failSend = failSend;
-        sender.takeAtMost = takeAtMost;
-        EXPECT_EQ(MessageEvent(3, "hi").send(&sender), sent);
-        EXPECT_EQ(sender.sendCalls, 1);
-        EXPECT_EQ(sender.sent(), kMessage.substr(0, sender.sent().size()));
+void addSeven(ProbeEvent& event) {
+    event.addField(7);
+}
+
+TEST(EventSendTest, SucceedsOnlyWhenOneCallTookAllOfTheEventOrBatch) {
+    const std::tuple<int, int, bool> all[] = {{0, -1, true}, {1, -1, false}, {0, 17, false}, {0, 18, true}};
+    for (const auto& [failSend, takeAtMost, good] : all) {
+        ScriptedSender single, batched;
+        single.failSend = batched.failSend = failSend;
+        single.takeAtMost = batched.takeAtMost = takeAtMost;
+        MessageEvent event(3, "hi");
+        EventBatch batch;
+        EXPECT_TRUE(batch.send(&batched) && batch.add(event)) << "an empty one needs no call";
+        EXPECT_EQ(event.send(&single), good);
+        EXPECT_EQ(batch.send(&batched), good);
+        EXPECT_EQ(batch.getSize(), good ? 0 : 18);
+        EXPECT_EQ(single.sendCalls * 10 + batched.sendCalls, 11);
+        EXPECT_EQ(single.sent(), failSend == 1 ? "" : kMessage.substr(0, good ? 18 : 17));
+        EXPECT_EQ(batched.sent(), single.sent());
     }
 }
 
-TEST(EventSendTest, KeepsNoBuffer) {
-    ScriptedSender sender;
-    ProbeEvent event;
-    event.send(&sender);
-    EXPECT_EQ(event._buffer, nullptr);
-    EXPECT_EQ(hexOf(wireOf(event)), hexOf(sender.sent()));
-    EXPECT_EQ(event._buffer, nullptr);
+TEST(EventSendTest, NothingIsAllocatedForUpTo1024Bytes) {
+    struct : Sender {
+        using Sender::send;
+        bool close() override { return true; }
+        bool send(const void*, int&) override { return true; }
+    } sender;
+    const std::string content(1013, 'x');
+    std::ostream nowhere(nullptr);
+    const CapturedDiagnostics lines;
+    for (const long size : {0, 1012, 1013}) {
+        ProbeEvent event([&](ProbeEvent& e) { e.addData(content.data(), size); });
+        largestAllocation = 0;
+        EXPECT_TRUE(event.send(&sender));
+        nowhere << event;
+        EXPECT_EQ(largestAllocation == 0, size <= 1012) << size;
+        EXPECT_EQ(event._buffer, nullptr);
+    }
 }
 
 TEST(EventSendTest, WithoutParentFieldsGoesOutUnpatchedAndEmptyNotAtAll) {
-    const CapturedDiagnostics lines;
-    ScriptedSender sender;
-    ProbeEvent headless([](ProbeEvent& e) { e.addField(std::string("fields")); });
-    headless.writesHeader = false;
-    EXPECT_TRUE(headless.send(&sender));
-    EXPECT_EQ(hexOf(sender.sent()), digits("0006 6669656c6473"));
-    EXPECT_EQ(lines.output(), kNotWritten);
-    ProbeEvent nothing;
-    nothing.writesHeader = false;
-    EXPECT_FALSE(nothing.send(&sender));
-    EXPECT_EQ(sender.sendCalls, 1);
-    EXPECT_EQ(wireOf(nothing), "");
-    EXPECT_EQ(lines.errors(), "");
+    ProbeEvent headless(&addSeven), nothing, typeless(&addSeven);
+    headless.writesHeader = nothing.writesHeader = typeless.typed = false;
+    typeless.setTag(0x0102);
+    const std::tuple<ProbeEvent&, std::string, std::string, std::string> all[] = {
+        {headless, bytesOf("00000007"), kNotWritten, ""},
+        {nothing, "", kNotWritten, ""},
+        {typeless, bytesOf("56583031 00000010 0000 0102 00000007"), "", kUnknownType}};
+    for (const auto& [event, bytes, output, errors] : all) {
+        const CapturedDiagnostics lines;
+        ScriptedSender sender;
+        EXPECT_EQ(event.send(&sender), !bytes.empty());
+        EXPECT_EQ(sender.sendCalls, bytes.empty() ? 0 : 1);
+        EXPECT_EQ(sender.sent(), bytes);
+        EXPECT_EQ(lines.output(), output);
+        EXPECT_EQ(lines.errors(), errors);
+    }
 }
 
-TEST(EventSendTest, WithoutTypeGoesOutAsTypeZero) {
-    const CapturedDiagnostics lines;
-    ProbeEvent event([](ProbeEvent& e) { e.addField(true); });
-    event.typed = false;
-    event.setTag(0x0102);
-    EXPECT_EQ(hexOf(wireOf(event)), digits("56583031 0000000e 0000 0102 0001"));
-    EXPECT_EQ(lines.errors(), kUnknownType);
+std::string dumpFile, dumpLines, dumpContent;
+
+void seeDump(DiagnosticStream, std::string_view text) {
+    dumpLines += text;
+    if (text == "done\n") dumpContent = (std::ostringstream() << std::ifstream(dumpFile).rdbuf()).str();
 }
 
-TEST(EventSendTest, TooLargeEventIsRefusedWithOneLine) {
-    const CapturedDiagnostics lines;
-    ScriptedSender sender;
-    ProbeEvent event([](ProbeEvent& e) {
-        e.addData("never read", 1L << 31);
-        e.addData("never read", LONG_MAX / 2);
-        e.addField(1);
-    });
-    EXPECT_FALSE(event.send(&sender));
-    EventBatch batch;
-    EXPECT_FALSE(batch.add(event));
-    EXPECT_EQ(wireOf(event), "");
-    EXPECT_EQ(sender.sendCalls + batch.getSize(), 0);
-    const std::string line = "ERROR: Event too large\n";
-    EXPECT_EQ(lines.errors(), line + line + line);
-}
-
-std::string contentOf(const std::string& file) {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-TEST(EventSendTest, DumpsBytesOrDecimalNumbersAndTellsSo) {
-    const std::string file = testing::TempDir() + "EventDump." + std::to_string(::getpid());
-    const CapturedDiagnostics lines;
+TEST(EventSendTest, DumpsBytesOrDecimalNumbersAndTellsSoWhenTheFileIsWhole) {
+    dumpFile = testing::TempDir() + "EventDump." + std::to_string(::getpid());
+    const DiagnosticSink before = setDiagnosticSink(&seeDump);
     MessageEvent event(3, "\xc8\x7f");
-    event.dump(file.c_str(), true);
-    EXPECT_EQ(hexOf(contentOf(file)), digits("56583031 00000012 000a 0000 0003 0002 c87f"));
-    event.dump(file.c_str(), false);
-    EXPECT_EQ(contentOf(file),
-              "\n 86  88  48  49   0   0   0  18 \n  0  10   0   0   0   3   0   2 \n4294967240 127 \n");
-    EXPECT_EQ(lines.output(),
-              "Dump 18 bytes to " + file + "(bin) ... done\nDump 18 bytes to " + file + "(ascii) ... done\n");
-    std::remove(file.c_str());
+    event.dump(dumpFile.c_str(), true);
+    EXPECT_EQ(dumpContent, bytesOf("56583031 00000012 000a 0000 0003 0002 c87f"));
+    event.dump(dumpFile.c_str(), false);
+    EXPECT_EQ(dumpContent, "\n 86  88  48  49   0   0   0  18 \n  0  10   0   0   0   3   0   2 \n4294967240 127 \n");
+    Event().dump("/no such folder/dump", false);
+    setDiagnosticSink(before);
+    ::unlink(dumpFile.c_str());
+    const std::string to = "Dump 18 bytes to " + dumpFile;
+    EXPECT_EQ(dumpLines, to + "(bin) ... done\n" + to + "(ascii) ... done\n" + kUnknownType +
+                             "Dump 12 bytes to /no such folder/dump(ascii) ... failed\n");
 }
 
-TEST(EventSendTest, DumpSerialisesAlsoWhenTheFileCannotBeOpened) {
+TEST(EventBatchTest, GoesOutInOneCallAndComesBackThroughABuffer) {
     const CapturedDiagnostics lines;
-    Event().dump("/no such folder/dump", false);
-    EXPECT_EQ(lines.output(), "Dump 12 bytes to /no such folder/dump(ascii) ... failed\n");
-    EXPECT_EQ(lines.errors(), kUnknownType);
+    EventBatch batch;
+    ScriptedCommunicator connection;
+    std::string singly, back;
+    for (std::size_t i = 0; i < 100; ++i) {
+        MessageEvent event(static_cast<short>(i), std::string(300 * i, 'x').c_str());
+        ASSERT_TRUE(batch.add(event));
+        singly += wireOf(event);
+    }
+    ASSERT_TRUE(batch.getCount() == 100 && batch.send(&connection) && connection.sendCalls == 1);
+    connection.bytes = connection.sent();
+    connection.pieceSizes = {1000};
+    BufferedCommunicator buffered(&connection);
+    while (const auto event = received(&buffered)) back += wireOf(*event);
+    EXPECT_TRUE(back == singly);
+}
+
+TEST(EventBatchTest, WhatDoesNotFitLeavesTheBatchAsItWas) {
+    const CapturedDiagnostics lines;
+    EventBatch batch;
+    batch.setMaxBytes(40);
+    MessageEvent message(3, "hi"), longer(3, "hi there"), large(3, std::string(30000, 'x').c_str());
+    ProbeEvent headless(&addSeven);
+    headless.writesHeader = false;
+    ProbeEvent tooLarge([](ProbeEvent& e) { e.addData("x", 1L << 31), e.addData("x", LONG_MAX / 2), e.addField(1); });
+    for (Event* event : std::initializer_list<Event*>{&message, &longer, &large, &headless, &tooLarge, &message})
+        EXPECT_EQ(batch.add(*event), event == &message);
+    EXPECT_EQ(lines.output(), kNotWritten);
+    EXPECT_EQ(std::string(batch.getData(), 36), kMessage + kMessage);
+    batch.setMaxBytes(0);
+    EXPECT_TRUE(batch.add(large));
+    EXPECT_EQ(batch.getCount() * 100000 + batch.getSize(), 330052);
+    EXPECT_EQ(lines.errors(), "ERROR: Event too large\n") << "growing prints nothing";
+    EXPECT_TRUE(std::string(batch.getData() + 36, 30016) == wireOf(large));
+    batch.clear();
+    EXPECT_EQ(batch.getSize() + batch.getCount(), 0);
+    EXPECT_EQ(wireOf(tooLarge), "");
 }
 
 }  // namespace
