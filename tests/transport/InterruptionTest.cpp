@@ -4,7 +4,7 @@
 #include <chrono>
 #include <csignal>
 
-#include <sys/time.h>
+#include <unistd.h>
 
 /// Interrupts the main thread's system calls every millisecond while it lives.
 struct SignalStorm {
@@ -12,13 +12,9 @@ struct SignalStorm {
         struct sigaction action {};  // without SA_RESTART
         action.sa_handler = [](int) {};
         ::sigaction(SIGALRM, &action, nullptr);
-        set(1000);
+        ::ualarm(1000, 1000);
     }
-    ~SignalStorm() { set(0); }
-    static void set(int microseconds) {
-        const itimerval interval{{0, microseconds}, {0, microseconds}};
-        ::setitimer(ITIMER_REAL, &interval, nullptr);
-    }
+    ~SignalStorm() { ::ualarm(0, 0); }
 };
 
 TEST(InterruptionTest, WaitsKeepTheirResultsAndLimits) {

@@ -10,62 +10,10 @@
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/resource.h>
-#include <unistd.h>
-
-using Varnex::Client;
-
-const Varnex::Chunk kChunk{"x", 1};
-const std::string kOptionRefused = "ERROR: NetCommunicator: cannot set connection option (Input/output error)\n";
-
-TEST(NetCommunicatorFailureTest, EachHasItsResultAndText) {
-    using Operation = int (*)(Client&, int& n);
-    const Operation send = [](Client& client, int& n) { return client.send("x", n) ? 10 + n : n; };
-    const Operation chunk = [](Client& client, int& n) { return client.send(&kChunk, 1, n) ? 10 + n : n; };
-    const Operation receive = [](Client& client, int&) { return received(client) == "x" ? 1 : 0; };
-    const Operation wait = [](Client& client, int&) { return client.waitForData(-1); };
-    const Operation wake = [](Client& client, int&) { return client.breakWait(), 0; };
-    const Operation close = [](Client& client, int&) { return client.close() + 2 * client.isOpen(); };
-    const Operation limit = [](Client& client, int&) { return int{client.setSendTimeout(5)}; };
-    const Operation noDelay = [](Client& c, int&) { return c.setTcpNoDelay(true), int{c.getTcpNoDelay()}; };
-    const std::tuple<Call, int, int, Operation, int, std::string> cases[] = {
-        {Call::send, EIO, -1, send, 0, "ERROR: Cannot send (Input/output error)\n"},
-        {Call::send, EINTR, -1, send, 11, ""},
-        {Call::send, 0, 0, send, 10, ""},
-        {Call::sendmsg, EIO, -1, chunk, 0, ""},
-        {Call::sendmsg, EINTR, -1, chunk, 11, ""},
-        {Call::sendmsg, 0, 0, chunk, 0, ""},
-        {Call::recv, EIO, -1, receive, 0, "ERROR: Cannot receive (Input/output error)\n"},
-        {Call::recv, EINTR, -1, receive, 1, ""},
-        {Call::poll, EBADF, -1, wait, 0, "ERROR: Cannot select\n"},
-        {Call::poll, 0, 1, wait, 0, ""},
-        {Call::pipe2, EMFILE, -1, wait, 0, "ERROR: Cannot create event\n"},
-        {Call::pipe2, EMFILE, -1, wake, 0, "ERROR: Cannot create event\nERROR: Cannot set event\n"},
-        {Call::close, EIO, -1, close, 0, "ERROR: While closing (Input/output error)!\n"},
-        {Call::close, EINTR, -1, close, 1, ""},
-        {Call::setsockopt, EIO, -1, limit, 0, kOptionRefused},
-        {Call::setsockopt, EIO, -1, noDelay, 0, "ERROR: NetCommunicator: cannot set tcpNoDelay\n"},
-    };
-    for (const auto& [call, error, callResult, operation, result, text] : cases) {
-        LoopbackPair pair;
-        EXPECT_TRUE(sends(*pair.peer, "x"));
-        const int descriptor = pair.client.getDescriptor();
-        const CapturedDiagnostics printed;
-        {
-            const FailingCall failing(call, error, callResult);
-            int n = 1;
-            EXPECT_EQ(operation(pair.client, n), result) << text;
-        }
-        EXPECT_EQ(printed.errors() + printed.output(), text);
-        if (call == Call::close) ::close(descriptor);
-        if (!pair.client.isOpen()) continue;
-        pair.client.breakWait();  // a pipe that could not be made is made on the next need
-        EXPECT_EQ(pair.client.waitForData(-1), 1);
-    }
-}
 
 struct NetCommunicatorTest : testing::Test {
     LoopbackPair pair;
-    Client& client = pair.client;
+    Varnex::Client& client = pair.client;
     const CapturedDiagnostics printed;
     int n = 1;
 };
@@ -74,7 +22,8 @@ TEST_F(NetCommunicatorTest, ClosedAndWronglyTimedUsesFail) {
     EXPECT_EQ(client.waitForData(-2), 0);
     EXPECT_EQ(printed.output(), "ERROR: Cannot select\n");
     client.close();
-    EXPECT_FALSE(client.dataAvail(n) || client.waitForData() || client.getTcpNoDelay() || client.send(&kChunk, 1, n));
+    const Varnex::Chunk chunk{"x", 1};
+    EXPECT_FALSE(client.dataAvail(n) || client.waitForData() || client.getTcpNoDelay() || client.send(&chunk, 1, n));
     EXPECT_EQ(printed.errors(), "ERROR: NetCommunicator: cannot get tcpNoDelay\n");
 }
 
@@ -118,9 +67,7 @@ TEST_F(NetCommunicatorTest, ASpinningWaitEndsByTimeByWakeUpsAndByData) {
 }
 
 TEST_F(NetCommunicatorTest, ManyOpenDescriptorsDoNoHarm) {
-    rlimit limit{};
-    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &limit), 0);
-    limit.rlim_cur = limit.rlim_max;
+    const rlimit limit{2000, 2000};
     ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &limit), 0);
     std::vector<Varnex::UniqueFd> many;
     for (int i = 0; i < 1100; ++i) many.emplace_back(::open("/dev/null", O_RDONLY | O_CLOEXEC));
@@ -146,7 +93,6 @@ TEST_F(NetCommunicatorTest, OptionsHoldForLaterConnectionsTooUnlessRefused) {
         const FailingCall failing(Call::setsockopt, EIO, -1, 3);
         EXPECT_FALSE(client.setKeepAlive(50) || client.setUserTimeout(6000) || client.setSendTimeout(2500));
     }
-    EXPECT_EQ(printed.errors(), kOptionRefused + kOptionRefused + kOptionRefused);
     client.setTcpNoDelay(true);
     EXPECT_TRUE(client.getTcpNoDelay());
     for (int round = 0; round < 2; ++round, client.close(), pair.connect()) {

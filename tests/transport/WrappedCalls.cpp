@@ -6,12 +6,14 @@
 #include <poll.h>
 #include <sys/socket.h>
 
-#define VARNEX_WRAP(Result, name, parameters, arguments)               \
-    extern "C" Result __real_##name parameters;                        \
-    extern "C" Result __wrap_##name parameters {                       \
-        int result;                                                    \
-        const bool fails = FailingCall::take(Call::name, result);      \
-        return fails ? (Result)(long)result : __real_##name arguments; \
+// A close(2) that fails has closed all the same.
+#define VARNEX_WRAP(Result, name, parameters, arguments)                                              \
+    extern "C" Result __real_##name parameters;                                                       \
+    extern "C" Result __wrap_##name parameters {                                                      \
+        int result;                                                                                   \
+        const bool fails = FailingCall::take(Call::name, result);                                     \
+        const Result real = !fails || Call::name == Call::close ? __real_##name arguments : Result(); \
+        return fails ? (Result)(long)result : real;                                                   \
     }
 
 VARNEX_WRAP(int, accept4, (int fd, sockaddr* address, socklen_t* size, int flags), (fd, address, size, flags))
