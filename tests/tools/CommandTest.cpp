@@ -22,10 +22,10 @@ struct Listening : Process {
 // What is sent, and the type and the fields that are printed of it.
 const std::pair<std::string, std::string> kSent[] = {
     {"0 --tag 65535", R"("Event":{})"},
-    {"message --code -3 --text --hi_\"\xC3\xA9\xFF", R"("MessageEvent":{"code":-3,"text":"--hi_\"\u00e9\ufffd"})"},
+    {"message --code -3 --text '--hi \"\xC3\xA9\xFF'", R"("MessageEvent":{"code":-3,"text":"--hi \"\u00e9\ufffd"})"},
     {"Varnex::HandleEvent --handle h --value 18446744073709551615",
      R"("HandleEvent":{"handle":"h","value":18446744073709551615})"},
-    {"STATUS --status -2147483648 --handle ", R"("StatusEvent":{"handle":"","value":0,"status":-2147483648})"},
+    {"STATUS --status -2147483648 --handle ''", R"("StatusEvent":{"handle":"","value":0,"status":-2147483648})"},
     {"Transform --flag1", R"("TransformEvent":{"handle":"","value":0,"flag1":true,"flag2":false})"},
     {"Translation --flag1 no --flag2 --translation -1,2.5,1e-7",
      R"("TranslationEvent":{"handle":"","value":0,"flag1":false,"flag2":true,"translation":[-1.0,2.5,1e-07]})"},
@@ -71,7 +71,7 @@ TEST(CommandTest, GarbageIsReportedAndTheNextClientServed) {
         ASSERT_TRUE(sends(client, garbage));
         EXPECT_THAT(listener.text(Process::Error), testing::HasSubstr(note));
     }
-    EXPECT_EQ(Process("send " + listener.address + " Message --tag 5 --text a\x1B[2Jb").wait(), 0);
+    EXPECT_EQ(Process("send " + listener.address + " Message --tag 5 --text 'a\x1B[2Jb'").wait(), 0);
     const char* const shown = " MessageEvent tag=5 code=0 text=\"a\\x1b[2Jb\"";
     EXPECT_THAT(listener.text(Process::Output), testing::HasSubstr(shown));
     EXPECT_EQ(listener.wait(SIGINT), 0);
@@ -109,7 +109,7 @@ TEST(CommandTest, SaysInOneLineWhatIsWrong) {
         {"fly", 2, "unknown subcommand or option \"fly\""},
         {"listen 70000", 2, "\"70000\": the port must be a number from 0 to 65535"},
         {"send 127.0.0.1:4711x Message", 2, "the port must be a number"},
-        {"send 127.0.0.1:1 Mess\nage --text a", 2, "unknown event type \"Mess\\nage\""},
+        {"send 127.0.0.1:1 'Mess\nage' --text a", 2, "unknown event type \"Mess\\nage\""},
         {"send 127.0.0.1:1", 2, "TYPE is required"},
         {"send 127.0.0.1:1 Message --handle h", 2, "unexpected argument \"--handle\""},
         {"send 127.0.0.1:1 Message --code 32768", 2, "--code: \"32768\" is not a number from -32768 to 32767"},

@@ -6,12 +6,10 @@
 
 #include <string>
 #include <utility>
-#include <vector>
 
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -20,25 +18,18 @@ class Process {
 public:
     enum Stream { Output = STDOUT_FILENO, Error = STDERR_FILENO };
 
-    /// `words`: the arguments, each after one space but the first.
-    explicit Process(std::string words) {
-        std::vector<char*> argv{program_.data()};
-        if (!words.empty()) argv.push_back(words.data());
-        for (char& c : words)
-            if (c == ' ') c = '\0', argv.push_back(&c + 1);
-        argv.push_back(nullptr);
-        Varnex::UniqueFd writeEnds[3];
-        posix_spawn_file_actions_t actions;
-        ::posix_spawn_file_actions_init(&actions);
+    /// `words`: the arguments, as a shell reads them.
+    explicit Process(const std::string& words) {
+        const std::string command = "exec '" VARNEX_COMMAND "' " + words;
+        int ends[3][2];
+        for (Stream stream : {Output, Error}) EXPECT_EQ(::pipe2(ends[stream], O_CLOEXEC), 0);
+        id_ = ::fork();
         for (Stream stream : {Output, Error}) {
-            int ends[2];
-            EXPECT_EQ(::pipe2(ends, O_CLOEXEC), 0);
-            ends_[stream] = Varnex::UniqueFd(ends[0]);
-            writeEnds[stream] = Varnex::UniqueFd(ends[1]);
-            ::posix_spawn_file_actions_adddup2(&actions, ends[1], stream);
+            if (id_ == 0) ::dup2(ends[stream][1], stream);
+            ::close(ends[stream][1]);
+            ends_[stream] = Varnex::UniqueFd(ends[stream][0]);
         }
-        EXPECT_EQ(::posix_spawn(&id_, argv[0], &actions, nullptr, argv.data(), environ), 0);
-        ::posix_spawn_file_actions_destroy(&actions);
+        if (id_ == 0) ::execl("/bin/sh", "sh", "-c", command.c_str(), nullptr), ::_exit(127);
     }
     ~Process() {
         if (id_ > 0) wait(SIGKILL);
@@ -63,7 +54,6 @@ public:
     }
 
 private:
-    std::string program_ = VARNEX_COMMAND;
     pid_t id_ = -1;
     Varnex::UniqueFd ends_[3];
 };
