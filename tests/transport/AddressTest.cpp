@@ -25,7 +25,6 @@ TEST(InetAddressTest, ReadsTextAndTellsTheKindsApart) {
         EXPECT_EQ(describe(InetAddress::getByAddress(description.substr(0, description.find(' ')))), description);
     EXPECT_EQ(describe(InetAddress::getByAddress("0x7f.1")), "127.0.0.1 loopback");
     EXPECT_EQ(describe(InetAddress::getByAddress("1.2.3.256")), describe(InetAddress()));
-    EXPECT_EQ(describe(InetAddress::getAnyLocalAddress()), "0.0.0.0 any");
     const unsigned char octets[] = {1, 2, 3, 4};
     unsigned char back[4] = {};
     InetAddress::getByAddress("1.2.3.4").getAddress(back);
@@ -43,9 +42,9 @@ TEST(InetAddressTest, LooksUpLocalNamesAndInterfacesAndRefusesBadNames) {
         EXPECT_THAT(InetAddress::getAllByName(name), Contains(loopback));
     for (const char* host : {"a..b", "255.255.255.255"}) EXPECT_FALSE(InetAddress::getByName(host).isValid());
     EXPECT_THAT(InetAddress::getAllByName("a..b"), testing::IsEmpty());
-    const std::string name = InetAddress::getLocalHostName();
-    EXPECT_EQ(InetAddress::getLocalHost(), InetAddress::getByName(name));
-    EXPECT_EQ(InetAddress::getAllLocalHost(), InetAddress::getAllByName(name));
+    const auto all = InetAddress::getAllLocalHost();
+    EXPECT_EQ(all, InetAddress::getAllByName(InetAddress::getLocalHostName()));
+    EXPECT_EQ(InetAddress::getLocalHost(), all.empty() ? InetAddress() : all.front());
 }
 
 static S resolve(const char* host, const char* service, int flags = 0, S::SockType type = S::Stream,

@@ -7,13 +7,11 @@ using Varnex::Server;
 
 TEST(ClientServerTest, ServerWaitsTellWakeUpsFromClientsFromTime) {
     LoopbackPair pair;
-    EXPECT_EQ(pair.server.waitForClient(0), 2);
-    EXPECT_FALSE(pair.server.isClientWaiting());
+    EXPECT_TRUE(pair.server.waitForClient(0) == 2 && !pair.server.isClientWaiting());
     pair.client.open("127.0.0.1", pair.server.getLocalPort());
     pair.server.breakWait();
     EXPECT_EQ(pair.server.waitForClient(60000), 0);
-    EXPECT_EQ(pair.server.waitForClient(-1), 1);
-    EXPECT_TRUE(pair.server.isClientWaiting());
+    EXPECT_TRUE(pair.server.waitForClient(-1) == 1 && pair.server.isClientWaiting());
     delete pair.server.getClient();
     std::thread waker([&] { pair.server.breakWait(); });
     EXPECT_EQ(pair.server.waitForClient(-1), 0);
@@ -27,14 +25,12 @@ TEST(ClientServerTest, ClosedAndUnknownEndsAreRefused) {
     EXPECT_TRUE(sends(pair.client, "x"));  // the earlier connection and the earlier server are still there
     pair.connect();
     const auto server = pair.server.getLocalAddress();
-    pair.server.close();
-    pair.server.close();
+    for (int i = 0; i < 2; ++i) pair.server.close();
     EXPECT_THROWS_TEXT(pair.server.waitForClient(0), IOException, "Invalid socket");
     EXPECT_THROWS_TEXT(pair.server.isClientWaiting(), IOException, "Cannot select");
     EXPECT_THROWS_TEXT(delete pair.server.getClient(), IOException, "Cannot accept client (Bad file descriptor)");
     EXPECT_THROWS_TEXT(pair.client.open(server), IOException, "Cannot connect to server (Connection refused)");
     EXPECT_THROW(pair.client.open(server), Varnex::Exception);  // which an IOException is, too
-    EXPECT_FALSE(pair.client.isOpen());
 }
 
 TEST(ClientServerTest, AConnectionAttemptEndsAtItsLimit) {
@@ -72,6 +68,5 @@ TEST(ClientServerTest, APortIsSharedUnlessItIsSwitchedOffAndTwoColonsServeBothFa
     client.open("", second.getLocalPort());
     EXPECT_EQ(client.getRemoteAddress().getFamily(), AF_INET6);
     const FailingCall both(Call::connect, EACCES, -1, 2);
-    const char* const denied = "Cannot connect to server (Permission denied)";
-    EXPECT_THROWS_TEXT(client.open("", second.getLocalPort()), IOException, denied);
+    EXPECT_THROW(client.open("", second.getLocalPort()), IOException);
 }

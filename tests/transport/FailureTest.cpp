@@ -70,8 +70,8 @@ TEST(FailureTest, EachSystemCallThatFailsHasItsOutcomeAndLeaksNothing) {
         {Call::pipe2, EMFILE, -1, nudge, "0 ERROR: Cannot create event\nERROR: Cannot set event\n"},
         {Call::close, EIO, -1, close, "0 ERROR: While closing (Input/output error)!\n"},
         {Call::close, EINTR, -1, close, "1 "},
-        {Call::setsockopt, EIO, -1, limit,
-         "0 ERROR: NetCommunicator: cannot set connection option (Input/output error)\n"},
+        {Call::setsockopt, EPERM, -1, limit,
+         "0 ERROR: NetCommunicator: cannot set connection option (Operation not permitted)\n"},
         {Call::setsockopt, EIO, -1, noDelay, "0 ERROR: NetCommunicator: cannot set tcpNoDelay\n"},
     };
     const auto before = openDescriptors();

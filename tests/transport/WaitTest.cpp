@@ -14,8 +14,7 @@ TEST(WaitTest, TrueMeansThatTheTimeRanOutAndEachWakeUpEndsOneWait) {
     const auto begin = std::chrono::steady_clock::now();
     EXPECT_TRUE(wait.wait(0) && wait.wait(20));
     EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(20));
-    wait.breakWait();
-    wait.breakWait();
+    for (int i = 0; i < 2; ++i) wait.breakWait();
     EXPECT_TRUE(!wait.wait(60000) && !wait.wait(0) && wait.wait(0));
     wait.breakWait();
     EXPECT_TRUE(wait.close() && wait.close() && wait.open() && wait.wait(0));  // closing forgets wake-ups
@@ -25,13 +24,11 @@ TEST(WaitTest, TrueMeansThatTheTimeRanOutAndEachWakeUpEndsOneWait) {
 }
 
 TEST(WaitTest, WithoutASinkEachTextGoesToItsStandardStream) {
-    CountingWait wait;
     testing::internal::CaptureStderr();
     testing::internal::CaptureStdout();
-    EXPECT_FALSE(wait.wait(-1));
-    wait.close();
-    wait.breakWait();
-    EXPECT_FALSE(wait.wait(0));
+    Varnex::Wait closed;
+    closed.breakWait();
+    EXPECT_FALSE(closed.wait(0) || CountingWait().wait(-1));
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "ERROR: Cannot set event\n");
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "ERROR: Cannot select\nERROR: Cannot select\n");
 }

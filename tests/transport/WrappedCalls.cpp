@@ -19,9 +19,8 @@
 VARNEX_WRAP(int, accept4, (int fd, sockaddr* address, socklen_t* size, int flags), (fd, address, size, flags))
 VARNEX_WRAP(int, close, (int fd), (fd))
 VARNEX_WRAP(int, connect, (int fd, const sockaddr* address, socklen_t size), (fd, address, size))
-VARNEX_WRAP(int, getnameinfo,
-            (const sockaddr* address, socklen_t size, char* host, socklen_t n, char* service, socklen_t m, int flags),
-            (address, size, host, n, service, m, flags))
+VARNEX_WRAP(int, getnameinfo, (const sockaddr* a, socklen_t n, char* h, socklen_t hn, char* s, socklen_t sn, int flags),
+            (a, n, h, hn, s, sn, flags))
 VARNEX_WRAP(int, getsockname, (int fd, sockaddr* address, socklen_t* size), (fd, address, size))
 VARNEX_WRAP(int, listen, (int fd, int backlog), (fd, backlog))
 VARNEX_WRAP(int, pipe2, (int* ends, int flags), (ends, flags))

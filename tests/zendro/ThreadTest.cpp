@@ -38,8 +38,7 @@ TEST(ThreadTest, WhatEscapesIsPrintedAndGivesMinusOne) {
     const auto luck = []() -> int { throw std::runtime_error("out of luck"); };
     for (Work work : {Work{address}, Work{luck}, Work{[]() -> int { throw 5; }}}) {
         Zendro::ObjectThread<Work> thread(&work, &Work::run);
-        EXPECT_TRUE(thread.start());
-        EXPECT_EQ(thread.join(), -1);
+        EXPECT_TRUE(thread.start() && thread.join() == -1);
     }
     EXPECT_EQ(printed.errors(),
               "ERROR: bad address\nERROR: out of luck\nERROR: A thread ended with an unknown exception\n");
