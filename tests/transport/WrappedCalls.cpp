@@ -1,5 +1,6 @@
 #include <tests/support/FailingCall.h>
 
+#include <cerrno>
 #include <csignal>
 
 #include <netdb.h>
@@ -7,13 +8,14 @@
 #include <sys/socket.h>
 
 // A close(2) that fails has closed all the same.
-#define VARNEX_WRAP(Result, name, parameters, arguments)                                              \
-    extern "C" Result __real_##name parameters;                                                       \
-    extern "C" Result __wrap_##name parameters {                                                      \
-        int result;                                                                                   \
-        const bool fails = FailingCall::take(Call::name, result);                                     \
-        const Result real = !fails || Call::name == Call::close ? __real_##name arguments : Result(); \
-        return fails ? (Result)(long)result : real;                                                   \
+#define VARNEX_WRAP(Result, name, parameters, arguments)                            \
+    extern "C" Result __real_##name parameters;                                     \
+    extern "C" Result __wrap_##name parameters {                                    \
+        auto& script = FailingCall::scripts[(int)Call::name];                       \
+        if (script.left <= 0 || script.left-- <= 0) return __real_##name arguments; \
+        if (Call::name == Call::close) __real_##name arguments;                     \
+        errno = script.error;                                                       \
+        return (Result)(long)script.result;                                         \
     }
 
 VARNEX_WRAP(int, accept4, (int fd, sockaddr* address, socklen_t* size, int flags), (fd, address, size, flags))
