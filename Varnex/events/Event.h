@@ -57,12 +57,12 @@ public:
     [[nodiscard]] unsigned short getTag() const { return _tag; }
     void setTag(unsigned short tag) { _tag = tag; }
 
-    /// Sends the event in one call of the sender. True when all of it was taken.
+    /// Sends the event in one call of the sender, which is not null. True when all of it was taken.
     bool send(Sender* s);
 
-    /// Reads one event, which the caller owns. True with a null `out`: the peer delivered nothing and is gone. False:
-    /// failed, or the wait was broken; the stream may then be inside an event, so close it. An event without fields
-    /// cannot come this way, see `EventReader`.
+    /// Reads one event, which the caller owns, from a receiver that is not null. True with a null `out`: the peer
+    /// delivered nothing and is gone. False: failed, or the wait was broken; the stream may then be inside an event, so
+    /// close it. An event without fields cannot come this way, see `EventReader`.
     static bool receive(Receiver* r, Event*& out);
 
     /// Reads one event from a stream. False, without a line, at its end, when it breaks off, and when the length is

@@ -44,7 +44,7 @@ public:
         std::string reason;            ///< with `Broken`: why
     };
 
-    /// The source outlives the reader.
+    /// The source is there and outlives the reader.
     explicit EventReader(Receiver* receiver) : receiver_(receiver) {}
     explicit EventReader(std::istream& stream) : stream_(&stream) {}
 

@@ -18,7 +18,8 @@ public:
     /// Bytes read ahead at most.
     static constexpr int kDefaultBufferSize = 65536;
 
-    /// `inner` outlives this object, or is deleted by it when `own` is true. `bufferSize` is at least 1.
+    /// `inner` is not null and outlives this object, or is deleted by it when `own` is true. `bufferSize` is at
+    /// least 1.
     explicit BufferedCommunicator(Communicator* inner, bool own = false, int bufferSize = kDefaultBufferSize);
     ~BufferedCommunicator() override;
 

@@ -5,7 +5,7 @@
 #include "Listener.h"
 
 #include <Varnex/events/Event.h>
-#include <Varnex/transport/Exception.h>
+#include <Varnex/transport/IOException.h>
 #include <Varnex/transport/Server.h>
 
 #include <unistd.h>
@@ -72,8 +72,10 @@ void ListenCommand::open(Varnex::Server& server) const {
     server.setPortSharing(false);  // a second listener would take every other connection away unnoticed
     try {
         server.open(where.host, where.port);
-    } catch (const Varnex::Exception& error) {
+    } catch (const Varnex::IOException& error) {
         throw Failure(where.text() + ": " + error.what() + "; is the port taken, or the address not of this machine?");
+    } catch (const Varnex::Exception& error) {
+        throw Failure(where.text() + ": " + error.what());
     }
 }
 

@@ -10,6 +10,9 @@
 #include <string>
 #include <vector>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #ifndef VARNEX_VERSION
 #define VARNEX_VERSION "(unknown version)"
 #endif
@@ -24,6 +27,18 @@ enum ExitCode { Done = 0, Failed = 1, WrongUsage = 2 };
 int complain(const std::string& message, ExitCode code) {
     std::cerr << "varnex: " + escaped(message) + "\n" << std::flush;
     return code;
+}
+
+int finishOutput() {
+    std::cout.flush();
+    return std::cout ? Done : complain("cannot write to the standard output", Failed);
+}
+
+/// A descriptor of ours must not take the place of a standard stream that the caller closed; writing there still fails.
+void occupyStandardStreams() {
+    int fd = ::open("/dev/null", O_RDONLY);
+    while (fd >= 0 && fd <= STDERR_FILENO) fd = ::dup(fd);
+    if (fd >= 0) ::close(fd);
 }
 
 int complainOfUsage(const CLI::App& app, const std::string& message) {
@@ -45,8 +60,7 @@ int runChosen(CLI::App& app, int argc, char** argv) {
     app.parse(argc, argv);
     for (const auto& command : commands)
         if (command->isChosen()) command->run();
-    std::cout.flush();
-    return std::cout ? Done : complain("cannot write to the standard output", Failed);
+    return finishOutput();
 }
 
 int guardedMain(int argc, char** argv) {
@@ -56,7 +70,8 @@ int guardedMain(int argc, char** argv) {
     try {
         return runChosen(app, argc, argv);
     } catch (const CLI::Success& request) {  // --help, --version
-        return app.exit(request);
+        app.exit(request);
+        return finishOutput();
     } catch (const CLI::ParseError& error) {
         return complainOfUsage(app, error.what());
     } catch (const UsageError& error) {
@@ -70,6 +85,7 @@ int guardedMain(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     using namespace VarnexTool;
+    occupyStandardStreams();
     collectLibraryMessages();
     try {
         return guardedMain(argc, argv);
