@@ -46,7 +46,7 @@ TEST(InetAddressTest, LooksUpLocalNamesAndInterfacesAndRefusesBadNames) {
     EXPECT_EQ(InetAddress::getLocalHost(), all.empty() ? InetAddress() : all.front());
 }
 
-static S resolve(const char* host, const char* service, int flags = 0, S::SockType type = S::Stream,
+static S resolve(const std::string& host, const char* service, int flags = 0, S::SockType type = S::Stream,
                  S::Proto proto = S::TCP) {
     std::vector<S> all(3);
     S::resolve(host, std::string(service), static_cast<S::Flags>(flags), type, proto, all);
@@ -75,6 +75,7 @@ TEST(SocketAddressTest, ResolvesHostsAndServicesAndCopies) {
 
 TEST(SocketAddressTest, FailuresThrowTheirTexts) {
     EXPECT_THROWS_TEXT(resolve("x", "1", S::NumericHost), Exception, "Name or service not known");
+    EXPECT_THROWS_TEXT(resolve(std::string("127.0.0.1\0x", 11), "1"), Exception, "Name or service not known");
     EXPECT_THROWS_TEXT(resolve("", "no-such-service"), Exception, "Servname not supported for ai_socktype");
     EXPECT_THROWS_TEXT(S().getServiceName(), Exception, "ai_family not supported");
     addrinfo result{};

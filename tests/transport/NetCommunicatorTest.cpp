@@ -105,3 +105,11 @@ TEST_F(NetCommunicatorTest, OptionsHoldForLaterConnectionsTooUnlessRefused) {
         check(SOL_SOCKET, SO_SNDTIMEO, 1);  // the seconds come first
     }
 }
+
+TEST_F(NetCommunicatorTest, AShutDownSendEndsThePeersStreamAndReceivingGoesOn) {
+    EXPECT_TRUE(pair.client.shutdownSend());
+    EXPECT_EQ(received(*pair.peer), "");
+    EXPECT_TRUE(sends(*pair.peer, "x"));
+    EXPECT_EQ(received(pair.client), "x");
+    EXPECT_FALSE(Varnex::Client().shutdownSend());
+}
