@@ -37,6 +37,8 @@ public:
     int waitForData(int ms) override;
     void breakWait() override;
 
+    [[nodiscard]] Communicator* getInner() const { return inner_; }
+
     /// Unread bytes and those that the inner communicator has.
     bool dataAvail(int& n) override;
 

@@ -3,7 +3,6 @@
 #include <Varnex/transport/IOException.h>
 #include <Varnex/transport/PollReadable.h>
 #include <Varnex/transport/StreamSocket.h>
-#include <Varnex/transport/SystemError.h>
 
 #include <cerrno>
 #include <utility>
@@ -35,10 +34,11 @@ void Client::open(const std::string& host, unsigned short port) {
 void Client::open(const SocketAddress& to) {
     close();
     UniqueFd socket = makeSocket(to);
-    if (!socket.isOpen()) throw IOException(withErrno("Cannot open socket", errno));
-    const int error = connectSocket(socket.get(), to, connectTimeoutMs_ > 0 ? connectTimeoutMs_ : kNoTimeLimit);
-    if (error != 0) throw IOException(withErrno("Cannot connect to server", error));
-    const SocketAddress local = localAddressOf(socket.get(), to);
+    if (!socket.isOpen()) throw IOException("Cannot open socket", errno);
+    const int error =
+        connectSocket(socket.get(), to, connectTimeoutMs_ > 0 ? connectTimeoutMs_ : kNoTimeLimit, connectCancel_);
+    if (error != 0) throw IOException("Cannot connect to server", error);
+    const SocketAddress local = localAddressOf(socket.get(), to.getSockType(), to.getProtocol());
     adopt(std::move(socket), local, to);
 }
 

@@ -23,11 +23,16 @@ public:
     /// What takes longer fails as "Connection timed out".
     void setConnectTimeout(int ms) { connectTimeoutMs_ = ms; }
 
+    /// A descriptor that ends connection attempts while it is readable, for instance the read end of a pipe; they fail
+    /// as "Operation canceled". Neither read nor closed here; -1, the default: none. Looking a name up cannot be ended.
+    void setConnectCancel(int fd) { connectCancel_ = fd; }
+
 private:
     friend class Server;
     Client(UniqueFd descriptor, const SocketAddress& local, const SocketAddress& remote);
 
     int connectTimeoutMs_ = 0;
+    int connectCancel_ = -1;
 };
 
 }  // namespace Varnex

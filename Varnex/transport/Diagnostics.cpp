@@ -35,8 +35,16 @@ void printLine(DiagnosticStream stream, std::string_view line) {
     print(stream, text);
 }
 
-/// Called for what escapes from a thread, while it is being handled.
-void reportThreadFailure() {
+const bool threadFailuresAreReported = (Zendro::Thread::setFailureHandler(&printCaughtException), true);
+
+}  // namespace
+
+DiagnosticSink setDiagnosticSink(DiagnosticSink sink) {
+    const DiagnosticSink previous = currentSink.exchange(sink ? sink : &printToStandardStreams);
+    return previous == &printToStandardStreams ? nullptr : previous;
+}
+
+void printCaughtException() {
     try {
         throw;
     } catch (const Exception& e) {
@@ -44,17 +52,8 @@ void reportThreadFailure() {
     } catch (const std::exception& e) {
         printError(std::string("ERROR: ") + e.what());
     } catch (...) {
-        printError("ERROR: A thread ended with an unknown exception");
+        printError("ERROR: Unknown exception");
     }
-}
-
-const bool threadFailuresAreReported = (Zendro::Thread::setFailureHandler(&reportThreadFailure), true);
-
-}  // namespace
-
-DiagnosticSink setDiagnosticSink(DiagnosticSink sink) {
-    const DiagnosticSink previous = currentSink.exchange(sink ? sink : &printToStandardStreams);
-    return previous == &printToStandardStreams ? nullptr : previous;
 }
 
 void printError(std::string_view line) {

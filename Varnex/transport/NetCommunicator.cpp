@@ -68,6 +68,25 @@ bool NetCommunicator::send(const Chunk* chunks, int count, int& sent) {
     return true;
 }
 
+bool NetCommunicator::trySend(const Chunk* chunks, int count, int& sent) {
+    sent = 0;
+    if (!isOpen()) return false;
+    unsigned long taken = 0;
+    auto* const readOnly = const_cast<Chunk*>(chunks);
+    if (Socket(descriptor_.get())
+            .sendto(readOnly, std::min(count, IOV_MAX), &taken, sendFlags_ | MSG_DONTWAIT, nullptr, 0)) {
+        sent = static_cast<int>(taken);
+        return true;
+    }
+    if (errno == EAGAIN) return true;
+    printError(withErrno("ERROR: Cannot send", errno));
+    return false;
+}
+
+void NetCommunicator::abort() {
+    ::shutdown(descriptor_.get(), SHUT_RDWR);
+}
+
 bool NetCommunicator::shutdownSend() {
     return ::shutdown(descriptor_.get(), SHUT_WR) == 0;
 }

@@ -2,6 +2,7 @@
 
 #include <Varnex/transport/Communicator.h>
 #include <Varnex/transport/ConnectionOptions.h>
+#include <Varnex/transport/NonBlockingSender.h>
 #include <Varnex/transport/SocketAddress.h>
 #include <Varnex/transport/UniqueFd.h>
 #include <Varnex/transport/WakeUpPipe.h>
@@ -14,7 +15,7 @@ namespace Varnex {
 /// anew. One thread may send while another waits and receives; `breakWait` is for any thread. `close`, and everything
 /// else, is for the owner: closing does not end another thread's wait, so break the wait first. Failures of the data
 /// path print an ERROR line and return false; a broken connection never raises SIGPIPE.
-class VARNEX_API NetCommunicator : public Communicator {
+class VARNEX_API NetCommunicator : public Communicator, public NonBlockingSender {
 public:
     NetCommunicator();
 
@@ -41,6 +42,10 @@ public:
     int waitForData(int ms) override;
     bool dataAvail(int& n) override;
 
+    bool trySend(const Chunk* chunks, int count, int& sent) override;
+    [[nodiscard]] int getSendDescriptor() const override { return getDescriptor(); }
+    void abort() override;
+
     [[nodiscard]] bool isOpen() const { return descriptor_.isOpen(); }
     /// For options and polls of the application's own; -1 when closed, never to be closed by the caller.
     [[nodiscard]] int getDescriptor() const { return descriptor_.get(); }
@@ -56,6 +61,8 @@ public:
     /// Flags for each send(2) and recv(2), 0 at first; MSG_NOSIGNAL is always added.
     void setSendFlags(int flags) { sendFlags_ = flags; }
     void setReceiveFlags(int flags) { receiveFlags_ = flags; }
+    [[nodiscard]] int getSendFlags() const { return sendFlags_; }
+    [[nodiscard]] int getReceiveFlags() const { return receiveFlags_; }
 
     /// Sends small packets at once (true) or lets the system collect them, on the present connection only. An ERROR
     /// line on failure, so also when closed.

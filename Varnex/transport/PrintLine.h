@@ -9,6 +9,9 @@ namespace Varnex {
 /// Prints one line on the error stream.
 void printError(std::string_view line);
 
+/// Prints the message of the exception that is being handled, whatever its class, as an ERROR line.
+void printCaughtException();
+
 /// Prints one line on the output stream.
 void printOutput(std::string_view line);
 

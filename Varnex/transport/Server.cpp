@@ -6,7 +6,6 @@
 #include <Varnex/transport/PrintLine.h>
 #include <Varnex/transport/SocketOptions.h>
 #include <Varnex/transport/StreamSocket.h>
-#include <Varnex/transport/SystemError.h>
 
 #include <cerrno>
 #include <utility>
@@ -48,8 +47,8 @@ UniqueFd Server::bindTo(const SocketAddress& address) const {
 }
 
 void Server::listenAt(UniqueFd bound, const SocketAddress& address) {
-    if (::listen(bound.get(), backlog_) != 0) throw IOException(withErrno("Cannot listen at socket", errno));
-    localAddress_ = localAddressOf(bound.get(), address);
+    if (::listen(bound.get(), backlog_) != 0) throw IOException("Cannot listen at socket", errno);
+    localAddress_ = localAddressOf(bound.get(), address.getSockType(), address.getProtocol());
     descriptor_ = std::move(bound);
 }
 
@@ -84,11 +83,13 @@ Client* Server::getClient() {
         length = sizeof storage;
         accepted = UniqueFd(::accept4(descriptor_.get(), address, &length, SOCK_CLOEXEC));
     } while (!accepted.isOpen() && isTransient(errno));
-    if (!accepted.isOpen()) throw IOException(withErrno("Cannot accept client", errno));
+    if (!accepted.isOpen()) throw IOException("Cannot accept client", errno);
 
+    const int sockType = localAddress_.getSockType();
+    const int protocol = localAddress_.getProtocol();
     SocketAddress remote;
-    remote.set(address, length, localAddress_.getSockType(), localAddress_.getProtocol());
-    const SocketAddress local = localAddressOf(accepted.get(), localAddress_);
+    remote.set(address, length, sockType, protocol);
+    const SocketAddress local = localAddressOf(accepted.get(), sockType, protocol);
     return new Client(std::move(accepted), local, remote);
 }
 
@@ -99,7 +100,7 @@ void Server::breakWait() {
 
 void Server::close() {
     const int error = descriptor_.close();
-    if (error != 0) throw IOException(withErrno("Cannot close socket", error));
+    if (error != 0) throw IOException("Cannot close socket", error);
 }
 
 }  // namespace Varnex

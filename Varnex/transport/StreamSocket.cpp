@@ -2,7 +2,6 @@
 
 #include <Varnex/transport/IOException.h>
 #include <Varnex/transport/PollReadable.h>
-#include <Varnex/transport/SystemError.h>
 
 #include <cerrno>
 
@@ -13,11 +12,12 @@ namespace Varnex {
 namespace {
 
 /// Waits for the end of a connect that goes on in the background.
-int awaitConnection(int fd, int timeoutMs) {
-    pollfd descriptor{fd, POLLOUT, 0};
-    const int ready = pollDescriptors({&descriptor, 1}, timeoutMs);
+int awaitConnection(int fd, int timeoutMs, int cancelFd) {
+    pollfd descriptors[] = {{fd, POLLOUT, 0}, {cancelFd, POLLIN, 0}};
+    const int ready = pollDescriptors({descriptors, cancelFd < 0 ? 1u : 2u}, timeoutMs);
     if (ready == 0) return ETIMEDOUT;
     if (ready < 0) return errno;
+    if (descriptors[1].revents != 0) return ECANCELED;
     int error = 0;
     socklen_t size = sizeof error;
     return ::getsockopt(fd, SOL_SOCKET, SO_ERROR, &error, &size) == 0 ? error : errno;
@@ -34,22 +34,22 @@ UniqueFd makeSocket(const SocketAddress& address) {
     return UniqueFd(::socket(address.getFamily(), address.getSockType() | SOCK_CLOEXEC, address.getProtocol()));
 }
 
-int connectSocket(int fd, const SocketAddress& to, int timeoutMs) {
-    const bool limited = timeoutMs != kNoTimeLimit;
+int connectSocket(int fd, const SocketAddress& to, int timeoutMs, int cancelFd) {
+    const bool limited = timeoutMs != kNoTimeLimit || cancelFd >= 0;
     if (limited && !setBlocking(fd, false)) return errno;
     int error = ::connect(fd, to.getAddress(), to.getAddressLength()) == 0 ? 0 : errno;
-    if (error == EINPROGRESS || error == EINTR) error = awaitConnection(fd, timeoutMs);
+    if (error == EINPROGRESS || error == EINTR) error = awaitConnection(fd, timeoutMs, cancelFd);
     if (error == 0 && limited && !setBlocking(fd, true)) return errno;
     return error;
 }
 
-SocketAddress localAddressOf(int fd, const SocketAddress& kind) {
+SocketAddress localAddressOf(int fd, int sockType, int protocol) {
     sockaddr_storage storage{};
     auto* const address = reinterpret_cast<sockaddr*>(&storage);
     socklen_t length = sizeof storage;
-    if (::getsockname(fd, address, &length) != 0) throw IOException(withErrno("Cannot get socket name", errno));
+    if (::getsockname(fd, address, &length) != 0) throw IOException("Cannot get socket name", errno);
     SocketAddress local;
-    local.set(address, length, kind.getSockType(), kind.getProtocol());
+    local.set(address, length, sockType, protocol);
     return local;
 }
 

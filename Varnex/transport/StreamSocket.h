@@ -10,10 +10,11 @@ namespace Varnex {
 /// Makes a socket for an address, close-on-exec. Closed, with `errno`, when the system refuses.
 UniqueFd makeSocket(const SocketAddress& address);
 
-/// Connects within `timeoutMs` milliseconds, `kNoTimeLimit` without limit. 0 or the error number.
-int connectSocket(int fd, const SocketAddress& to, int timeoutMs);
+/// Connects within `timeoutMs` milliseconds, `kNoTimeLimit` without limit, and until `cancelFd` (-1: none) is readable.
+/// 0 or the error number.
+int connectSocket(int fd, const SocketAddress& to, int timeoutMs, int cancelFd);
 
-/// The local address of a socket made for `kind`. Throws `IOException` "Cannot get socket name (...)".
-SocketAddress localAddressOf(int fd, const SocketAddress& kind);
+/// The local address of a socket of this type and protocol. Throws `IOException` "Cannot get socket name (...)".
+SocketAddress localAddressOf(int fd, int sockType, int protocol);
 
 }  // namespace Varnex

@@ -41,7 +41,7 @@ TEST(ThreadTest, WhatEscapesIsPrintedAndGivesMinusOne) {
         EXPECT_TRUE(thread.start() && thread.join() == -1);
     }
     EXPECT_EQ(printed.errors(),
-              "ERROR: bad address\nERROR: out of luck\nERROR: A thread ended with an unknown exception\n");
+              "ERROR: bad address\nERROR: out of luck\nERROR: Unknown exception\n");
 }
 
 TEST(SysInfoTest, SaysWhatUnameSays) {

@@ -1,0 +1,33 @@
+#include <Varnex/hub/BlockReceiver.h>
+
+#include <algorithm>
+#include <cstring>
+
+namespace Varnex {
+
+void BlockReceiver::take(Receiver& from) {
+    int n = kBlockSize;
+    const bool received = from.receive(block_.get(), n);
+    begin_ = 0;
+    end_ = received ? n : 0;
+    atEnd_ = !received ? End::Failed : n == 0 ? End::OfStream : End::None;
+}
+
+bool BlockReceiver::receive(void* data, int& n) {
+    if (atEnd_ == End::Failed) return false;
+    n = std::min(n, end_ - begin_);
+    std::memcpy(data, block_.get() + begin_, static_cast<std::size_t>(n));
+    begin_ += n;
+    return true;
+}
+
+int BlockReceiver::waitForData(int) {
+    return begin_ < end_ || atEnd_ != End::None ? WaitData : WaitTimedOut;
+}
+
+bool BlockReceiver::dataAvail(int& n) {
+    n = end_ - begin_;
+    return true;
+}
+
+}  // namespace Varnex

@@ -1,0 +1,88 @@
+#include <Varnex/hub/CommThread.h>
+
+#include <Varnex/transport/Communicator.h>
+
+#include <chrono>
+
+namespace Varnex {
+
+namespace {
+
+/// A reader that should not be there may have taken the wake-up; then another one is due.
+constexpr std::chrono::seconds kBreakAgain{1};
+
+}  // namespace
+
+MultiCommunicator::CommThread::CommThread(MultiCommunicator* owner, Communicator* connection)
+    : owner_(owner), communicator_(connection), thread_(this, &CommThread::recvThread) {
+    {
+        const Zendro::MutexLock lock(owner_->queueMutex_);
+        readyPosition_ = owner_->readyQueue_.end();
+        ended_ = !thread_.start();
+    }
+    if (ended_) reportLost(LostReason::ReceiveFailed);
+}
+
+MultiCommunicator::CommThread::~CommThread() {
+    requestStop();
+    awaitEnd();
+    thread_.join();
+    // The thread may have ended by itself just before it was told to: the connection keeps no wake-up of ours.
+    while (breaks_-- > 0 && communicator_->waitForData(0) == Receiver::WaitBroken) {
+    }
+}
+
+bool MultiCommunicator::CommThread::send(const void* data, int& length) {
+    const int offered = length;
+    counters_.offered.add(offered);
+    const bool sent = communicator_->send(data, length);
+    (sent && length == offered ? counters_.sent : counters_.dropped).add(offered);
+    return sent;
+}
+
+void MultiCommunicator::CommThread::reportLost(LostReason reason) {
+    owner_->reportLost(*this, reason);
+}
+
+int MultiCommunicator::CommThread::recvThread() {
+    struct End {
+        CommThread& thread;
+        ~End() {
+            const Zendro::MutexLock lock(thread.owner_->queueMutex_);
+            thread.ended_ = true;
+            thread.owner_->threadEnded_.notify_all();
+        }
+    } const end{*this};
+
+    while (communicator_->waitForData()) {
+        if (owner_->reportIfAtEnd(*this)) return 0;
+        // While stopping, a wake-up is on its way to the next wait.
+        if (owner_->report(*this)) resumeSemaphore_.down();
+    }
+    reportLost(LostReason::ReceiveFailed);
+    return 0;
+}
+
+void MultiCommunicator::CommThread::requestStop() {
+    {
+        const Zendro::MutexLock lock(owner_->queueMutex_);
+        owner_->unqueue(*this);
+        if (stopping_) return;
+        stopping_ = true;
+        if (ended_) return;
+    }
+    communicator_->breakWait();
+    ++breaks_;
+    resumeSemaphore_.up();
+}
+
+void MultiCommunicator::CommThread::awaitEnd() {
+    const Zendro::MutexLock lock(owner_->queueMutex_);
+    while (!ended_) {
+        if (owner_->threadEnded_.wait_for(owner_->queueMutex_, kBreakAgain) == std::cv_status::no_timeout) continue;
+        communicator_->breakWait();
+        ++breaks_;
+    }
+}
+
+}  // namespace Varnex

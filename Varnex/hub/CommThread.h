@@ -1,0 +1,60 @@
+#pragma once
+
+#include <Varnex/hub/MultiCommunicator.h>
+
+#include <Zendro/ObjectThread.h>
+#include <Zendro/Semaphore.h>
+
+#include <atomic>
+
+namespace Varnex {
+
+/// Watches one connection of a hub and feeds it. Made by `createCommThread`, for subclasses with a `send` of their own.
+///
+/// The thread runs from the constructor on, so also while the constructors of subclasses run.
+class VARNEX_API MultiCommunicator::CommThread {
+public:
+    CommThread(MultiCommunicator* owner, Communicator* connection);
+    CommThread(const CommThread&) = delete;
+    CommThread& operator=(const CommThread&) = delete;
+
+    // The order of the virtual operations is binary interface: append, never reorder.
+
+    /// Ends the thread; the connection is only told to break its wait.
+    virtual ~CommThread();
+
+    /// Sends on the connection. Called by one thread at a time.
+    virtual bool send(const void* data, int& length);
+
+    [[nodiscard]] virtual SendCounters getSendCounters() const { return counters_; }
+
+    [[nodiscard]] Communicator* getCommunicator() const { return communicator_; }
+
+protected:
+    /// Tells the hub's monitor, once. Any thread.
+    void reportLost(LostReason reason);
+
+private:
+    friend class MultiCommunicator;
+
+    int recvThread();
+    void requestStop();
+    void awaitEnd();
+
+    MultiCommunicator* owner_;
+    Communicator* communicator_;
+    unsigned long long number_ = 0;
+    Zendro::Semaphore resumeSemaphore_;
+    SendCounters counters_;
+    std::atomic<bool> lost_ = false;
+
+    // Guarded by the hub's queueMutex_.
+    Connections::iterator readyPosition_;  // the queue's end while not queued
+    bool stopping_ = false;
+    bool ended_ = false;
+
+    int breaks_ = 0;                           // wake-ups given to the connection
+    Zendro::ObjectThread<CommThread> thread_;  // last: it uses the others
+};
+
+}  // namespace Varnex

@@ -1,0 +1,90 @@
+#include <Varnex/hub/ConnectionMonitor.h>
+
+#include <Varnex/transport/Communicator.h>
+
+#include <utility>
+
+namespace Varnex {
+
+ConnectionMonitor::~ConnectionMonitor() {
+    stop();
+}
+
+void ConnectionMonitor::setConnectedCallback(MultiCommunicator::ConnectedCallback callback) {
+    onConnected_ = std::move(callback);
+    enable();
+}
+
+void ConnectionMonitor::setLostCallback(MultiCommunicator::LostCallback callback) {
+    onLost_ = std::move(callback);
+    enable();
+}
+
+void ConnectionMonitor::start() {
+    if (!enabled_) return;
+    const Zendro::MutexLock lock(mutex_);
+    if (!running_) running_ = thread_.start();
+}
+
+void ConnectionMonitor::stop() {
+    {
+        const Zendro::MutexLock lock(mutex_);
+        running_ = false;
+        changed_.notify_all();
+    }
+    thread_.join();
+}
+
+void ConnectionMonitor::connected(Communicator* connection) {
+    News news;
+    news.connection = connection;
+    post(std::move(news));
+}
+
+void ConnectionMonitor::lost(unsigned long long number, Communicator* connection, LostReason reason) {
+    post({connection, true, reason, number, nullptr});
+}
+
+void ConnectionMonitor::dropped(std::unique_ptr<Communicator> connection, LostReason reason) {
+    Communicator* const raw = connection.get();
+    post({raw, true, reason, 0, std::move(connection)});
+}
+
+void ConnectionMonitor::post(News news) {
+    const Zendro::MutexLock lock(mutex_);
+    if (!running_) return;
+    news_.push_back(std::move(news));
+    changed_.notify_all();
+}
+
+int ConnectionMonitor::main() {
+    mutex_.lock();
+    while (running_ || !news_.empty()) {
+        if (news_.empty()) {
+            changed_.wait(mutex_);
+            continue;
+        }
+        News next = std::move(news_.front());
+        news_.pop_front();
+        mutex_.unlock();
+        tell(next);
+        mutex_.lock();
+    }
+    mutex_.unlock();
+    return 0;
+}
+
+void ConnectionMonitor::tell(News& news) {
+    if (!news.isLost) {
+        if (onConnected_) onConnected_(news.connection);
+        return;
+    }
+    if (news.owner == nullptr && hub_.deleteLost_) {
+        if (!hub_.detachLost(news.number)) return;  // removed meanwhile: it is somebody else's
+        news.owner.reset(news.connection);
+        if (hub_.detachedHook_) hub_.detachedHook_(news.connection);
+    }
+    if (onLost_) onLost_(news.connection, news.reason);
+}
+
+}  // namespace Varnex

@@ -1,0 +1,228 @@
+#include <Varnex/hub/MultiClient.h>
+
+#include <Varnex/events/ServerInfoQueryEvent.h>
+#include <Varnex/hub/DatagramEvent.h>
+#include <Varnex/hub/Discovery.h>
+#include <Varnex/hub/Redialler.h>
+#include <Varnex/transport/Client.h>
+#include <Varnex/transport/Exception.h>
+#include <Varnex/transport/PrintLine.h>
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+
+namespace Varnex {
+
+namespace {
+
+constexpr int kQueryAgainMs = 1000;
+
+std::string keyOf(const std::string& host, unsigned short port) {
+    return host + ':' + std::to_string(port);
+}
+
+bool isNumeric(const std::string& host) {
+    in6_addr ignored;
+    return ::inet_pton(AF_INET, host.c_str(), &ignored) == 1 || ::inet_pton(AF_INET6, host.c_str(), &ignored) == 1;
+}
+
+bool isLoopback(const std::string& host) {
+    return host.starts_with("127.") || host == "::1";
+}
+
+bool opens(Client& client, const SocketAddress& address) {
+    try {
+        client.open(address);
+        return true;
+    } catch (const Exception&) {
+        return false;
+    }
+}
+
+}  // namespace
+
+MultiClient::MultiClient(long mask) : mask_(mask) {
+    prepareDiscovery(multicast_);
+    setDetachedHook([this](Communicator* connection) { forget(connection, true); });
+}
+
+MultiClient::~MultiClient() {
+    MultiClient::close();
+}
+
+bool MultiClient::open() {
+    close();
+    if (!MultiCommunicator::open()) return false;
+    if (!multicast_.open()) return true;
+    discoveryThread_ = std::make_unique<Zendro::ObjectThread<MultiClient>>(this, &MultiClient::connectThread);
+    discoveryThread_->start();
+    return true;
+}
+
+bool MultiClient::close() {
+    stopDialling();
+    {
+        const Zendro::MutexLock lock(connectionsMutex_);
+        connections_.clear();
+    }
+    const bool multicastClosed = multicast_.close();
+    return MultiCommunicator::close() && multicastClosed;
+}
+
+void MultiClient::stopDialling() {
+    const bool cancelled = cancel_.open() && cancel_.wake();
+    if (discoveryThread_ != nullptr) {
+        multicast_.breakWait();
+        discoveryThread_->join();
+        discoveryThread_.reset();
+        drainWakeUps(multicast_);
+    }
+    if (redialler_ != nullptr) redialler_->stop();
+    if (cancelled) cancel_.consume();
+}
+
+void MultiClient::removeCommunicator(Communicator* connection) {
+    forget(connection, false);
+    MultiCommunicator::removeCommunicator(connection);
+}
+
+/// Erases the first key of the connection.
+void MultiClient::forget(Communicator* connection, bool redial) {
+    const Zendro::MutexLock lock(connectionsMutex_);
+    const auto found = std::find_if(connections_.begin(), connections_.end(),
+                                    [=](const auto& each) { return each.second == connection; });
+    if (found == connections_.end()) return;
+    const std::string key = found->first;
+    connections_.erase(found);
+    if (!redial || redialler_ == nullptr) return;
+    const auto colon = key.rfind(':');
+    redialler_->add(key.substr(0, colon), static_cast<unsigned short>(std::stoi(key.substr(colon + 1))));
+}
+
+int MultiClient::connectThread() {
+    ServerInfoQueryEvent query;
+    query.setMask(mask_);
+    query.setId(static_cast<short>(id_));
+    const double start = getSystemTime();
+    query.send(&multicast_);
+    int timeOut = kQueryAgainMs;
+    for (;;) {
+        const int result = multicast_.waitForData(timeOut);
+        if (result < Receiver::WaitData) return 0;
+        if (result == Receiver::WaitData) {
+            if (!receiveAnnouncement()) return 0;
+            continue;
+        }
+        query.send(&multicast_);
+        if (getSystemTime() - start >= queryDuration_) timeOut = -1;
+    }
+}
+
+/// False when the channel is broken.
+bool MultiClient::receiveAnnouncement() {
+    bool alive = true;
+    const auto event = receiveDatagramEvent(multicast_, alive);
+    const auto* const info = dynamic_cast<const ServerInfoEvent*>(event.get());
+    if (info == nullptr || info->getStatus() != kServing) return alive;
+    if (!match(info->getMask(), mask_, info->getId(), id_)) return alive;
+    try {
+        follow(*info);
+    } catch (...) {
+        printCaughtException();
+    }
+    return alive;
+}
+
+void MultiClient::follow(const ServerInfoEvent& info) {
+    if (acceptAnnouncement_ && !acceptAnnouncement_(info)) return;
+    std::string host = info.getHostAddress();
+    const InetAddress& source = multicast_.getLastAddress();
+    if (preferSource_ && isLoopback(host) && !isLoopback(source.getHostAddress())) host = source.getHostAddress();
+    // A name would be looked up here for as long as that takes, and by anyone's wish.
+    if (!isNumeric(host)) return printError("ERROR: Got an announcement without a numeric host address");
+    connectToServer(host, info.getPort());
+}
+
+bool MultiClient::connectToServer(const std::string& host, unsigned short port) {
+    std::vector<SocketAddress> addresses;
+    try {
+        SocketAddress::resolve(host, port, SocketAddress::NoFlags, SocketAddress::Stream, SocketAddress::TCP,
+                               addresses);
+    } catch (const Exception&) {
+        return false;
+    }
+    std::unique_ptr<Client> client;
+    for (const SocketAddress& address : addresses) {
+        const std::string key = keyOf(address.getHostAddress(), address.getServicePort());
+        if (isConnected(key)) return true;
+        if (client == nullptr) client = makeClient();
+        if (opens(*client, address)) return keep(std::move(client), key);
+    }
+    return false;
+}
+
+std::unique_ptr<Client> MultiClient::makeClient() {
+    auto client = std::make_unique<Client>();
+    client->setConnectTimeout(connectTimeoutMs_);
+    if (cancel_.open()) client->setConnectCancel(cancel_.readEnd());
+    return client;
+}
+
+bool MultiClient::isConnected(const std::string& key) const {
+    const Zendro::MutexLock lock(connectionsMutex_);
+    return connections_.count(key) > 0;
+}
+
+/// Adds the connection, unless another thread has connected to the same server meanwhile.
+bool MultiClient::keep(std::unique_ptr<Client> client, const std::string& key) {
+    client->setConnectTimeout(0);
+    client->setConnectCancel(-1);
+    client->setTcpNoDelay(tcpNoDelay_);
+    const Zendro::MutexLock lock(connectionsMutex_);
+    if (connections_.count(key) > 0) return true;
+    if (!addCommunicator(client.get())) {
+        client->close();
+        return false;
+    }
+    connections_[key] = client.release();
+    if (redialler_ != nullptr) redialler_->allow();
+    return true;
+}
+
+bool MultiClient::disconnectFromServer(const std::string& host, unsigned short port) {
+    const InetAddress address = InetAddress::getByName(host);
+    if (!address.isValid()) return false;
+    if (redialler_ != nullptr) redialler_->forget(address.getHostAddress(), port);
+    const Zendro::MutexLock lock(connectionsMutex_);
+    const auto found = connections_.find(keyOf(address.getHostAddress(), port));
+    if (found == connections_.end()) return false;
+    Communicator* const connection = found->second;
+    connections_.erase(found);
+    if (!detach(connection)) return true;  // lost at this moment: the hub deletes it
+    connection->close();
+    delete connection;
+    return true;
+}
+
+void MultiClient::setReconnect(int minMs, int maxMs) {
+    if (redialler_ == nullptr)
+        redialler_ = std::make_unique<Redialler>(
+            [this](const std::string& host, unsigned short port) { return connectToServer(host, port); });
+    redialler_->setPauses(Redialler::Milliseconds(minMs), Redialler::Milliseconds(maxMs));
+    setDeleteLost(true);
+}
+
+bool MultiClient::setDiscoveryInterfaces(const std::vector<std::string>& addressesOrNames) {
+    return multicast_.setInterfaces(addressesOrNames);
+}
+
+double MultiClient::getSystemTime() {
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return std::chrono::duration<double>(std::chrono::floor<std::chrono::microseconds>(now)).count();
+}
+
+}  // namespace Varnex

@@ -1,0 +1,116 @@
+#pragma once
+
+#include <Varnex/events/ServerInfoEvent.h>
+#include <Varnex/hub/MultiCommunicator.h>
+#include <Varnex/transport/Multicast.h>
+#include <Varnex/transport/WakeUpPipe.h>
+
+#include <Zendro/ObjectThread.h>
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Varnex {
+
+class Client;
+class Redialler;
+class SocketAddress;
+
+/// A hub that dials servers, given by host and port or found by multicast, and keeps one connection to each.
+///
+/// It looks for `MultiServer`s that share a bit of the mask and have the ID, and connects to all. Discovery is no
+/// protection: anyone on the network can announce any host and port, see `setAcceptAnnouncement`. The settings hold for
+/// the next `open`; whoever opens also closes, and a subclass that overrides an operation closes in its own destructor.
+class VARNEX_API MultiClient : public MultiCommunicator {
+public:
+    /// Milliseconds that each connection attempt may take.
+    static constexpr int kDefaultConnectTimeout = 5000;
+
+    /// The low 32 bits of the mask count.
+    explicit MultiClient(long mask);
+    ~MultiClient() override;
+
+    /// Ends discovery, breaks connection attempts off and deletes all connections.
+    bool close() override;
+
+    /// Also forgets which server the connection belongs to.
+    void removeCommunicator(Communicator* connection) override;
+
+    /// Begins discovery. True also when there is none, after ERROR lines; see `isDiscovering`.
+    bool open() override;
+
+    /// Connects to the first address of the host that answers; true at once when there is a connection to one of them.
+    /// Any thread, also without `open`. False when the host cannot be resolved or nothing answers.
+    virtual bool connectToServer(const std::string& host, unsigned short port);
+
+    /// Closes and deletes the connection to the host's first IPv4 address. False when there is none; so one over IPv6
+    /// is dropped by `dropCommunicator` only. For the consumer, see the base class.
+    virtual bool disconnectFromServer(const std::string& host, unsigned short port);
+
+    /// Seconds since 1970-01-01 00:00 UTC.
+    [[nodiscard]] static double getSystemTime();
+
+    [[nodiscard]] bool isDiscovering() const { return discoveryThread_ != nullptr; }
+
+    /// For how many seconds the query is repeated, each time that a second passes without an answer; 0, the default: it
+    /// is repeated once. Servers that start later announce themselves.
+    void setQueryDuration(double seconds) { queryDuration_ = seconds; }
+    [[nodiscard]] long getMask() const { return mask_; }
+    [[nodiscard]] int getId() const { return id_; }
+    void setId(int id) { id_ = id; }
+
+    /// Whether connections send small packets at once; false at first.
+    void setTcpNoDelay(bool on) { tcpNoDelay_ = on; }
+
+    /// 0: the system's limit, often two minutes.
+    void setConnectTimeout(int ms) { connectTimeoutMs_ = ms; }
+
+    /// Where to discover, by address or name: one interface or several instead of the one that carries the host's own
+    /// address. False when one does not exist; nothing changes then.
+    bool setDiscoveryInterfaces(const std::vector<std::string>& addressesOrNames);
+    bool setDiscoveryInterface(const std::string& addressOrName) { return setDiscoveryInterfaces({addressOrName}); }
+
+    /// Connects to where an announcement came from when it names a loopback address but came from another host, as
+    /// misconfigured servers do. Off at first.
+    void setPreferSourceAddress(bool on) { preferSource_ = on; }
+
+    /// Is asked about each matching announcement, on the discovery thread; false: do not connect.
+    using AcceptAnnouncement = std::function<bool(const ServerInfoEvent&)>;
+    void setAcceptAnnouncement(AcceptAnnouncement accept) { acceptAnnouncement_ = std::move(accept); }
+
+    /// Dials each lost server again after pauses that double from `minMs` to `maxMs` milliseconds, and at once when it
+    /// announces itself, until it is connected or `disconnectFromServer` gives it up. Sets `setDeleteLost`.
+    void setReconnect(int minMs, int maxMs);
+
+private:
+    int connectThread();
+    [[nodiscard]] bool receiveAnnouncement();
+    void follow(const ServerInfoEvent& info);
+
+    [[nodiscard]] bool isConnected(const std::string& key) const;
+    [[nodiscard]] std::unique_ptr<Client> makeClient();
+    [[nodiscard]] bool keep(std::unique_ptr<Client> client, const std::string& key);
+    void forget(Communicator* connection, bool redial);
+    void stopDialling();
+
+    double queryDuration_ = 0.0;
+    long mask_;
+    int id_ = 0;
+    Multicast multicast_;
+    std::unique_ptr<Zendro::ObjectThread<MultiClient>> discoveryThread_;
+    // Taken before the hub's locks, never held while connecting.
+    mutable Zendro::Mutex connectionsMutex_;
+    std::map<std::string, Communicator*> connections_ VARNEX_GUARDED_BY(connectionsMutex_);
+    bool tcpNoDelay_ = false;
+
+    int connectTimeoutMs_ = kDefaultConnectTimeout;
+    bool preferSource_ = false;
+    AcceptAnnouncement acceptAnnouncement_;
+    WakeUpPipe cancel_;  // readable while connection attempts are broken off
+    std::unique_ptr<Redialler> redialler_;
+};
+
+}  // namespace Varnex

@@ -1,0 +1,7 @@
+#include <Varnex/transport/NonBlockingSender.h>
+
+namespace Varnex {
+
+NonBlockingSender::~NonBlockingSender() = default;
+
+}  // namespace Varnex
