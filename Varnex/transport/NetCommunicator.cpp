@@ -3,9 +3,11 @@
 #include <Varnex/transport/PollReadable.h>
 #include <Varnex/transport/PrintLine.h>
 #include <Varnex/transport/RemainingChunks.h>
+#include <Varnex/transport/SendAll.h>
 #include <Varnex/transport/Socket.h>
 #include <Varnex/transport/SocketOptions.h>
 #include <Varnex/transport/SystemError.h>
+#include <Varnex/transport/WaitForData.h>
 #include <Varnex/transport/WaitToSend.h>
 
 #include <algorithm>
@@ -19,6 +21,12 @@
 #include <sys/socket.h>
 
 namespace Varnex {
+
+namespace {
+
+constexpr WaitMessages kWaitMessages{"ERROR: Cannot create event", &printOutput};
+
+}  // namespace
 
 NetCommunicator::NetCommunicator() = default;
 
@@ -36,22 +44,15 @@ bool NetCommunicator::send(const void* data, int& n) {
         n = 0;
         return false;
     }
-    const auto* bytes = static_cast<const char*>(data);
-    int sent = 0;
-    while (sent < n) {
-        const auto taken =
-            ::send(descriptor_.get(), bytes + sent, static_cast<std::size_t>(n - sent), sendFlags_ | MSG_NOSIGNAL);
-        if (taken < 0 && errno == EINTR && waitToSendAgain(descriptor_.get())) continue;
-        if (taken < 0) {
-            printError(withErrno("ERROR: Cannot send", errno));
-            n = sent;
-            return false;
-        }
-        if (taken == 0) break;
-        sent += static_cast<int>(taken);
-    }
-    n = sent;
-    return true;
+    return sendAll(data, n, [this](const char* bytes, std::size_t size) { return sendSome(bytes, size); });
+}
+
+/// One send(2) that no signal interrupts.
+long NetCommunicator::sendSome(const char* bytes, std::size_t size) const {
+    ssize_t taken;
+    do taken = ::send(descriptor_.get(), bytes, size, sendFlags_ | MSG_NOSIGNAL);
+    while (taken < 0 && errno == EINTR && waitToSendAgain(descriptor_.get()));
+    return taken;
 }
 
 bool NetCommunicator::send(const Chunk* chunks, int count, int& sent) {
@@ -109,33 +110,11 @@ bool NetCommunicator::waitForData() {
 }
 
 void NetCommunicator::breakWait() {
-    if (!wakeUp_.open()) printError("ERROR: Cannot create event");
-    if (!wakeUp_.wake()) printError("ERROR: Cannot set event");
+    Varnex::breakWait(wakeUp_, kWaitMessages);
 }
 
 int NetCommunicator::waitForData(int ms) {
-    if (!isOpen()) return WaitFailed;
-    if (!wakeUp_.open()) {
-        printError("ERROR: Cannot create event");
-        return WaitFailed;
-    }
-    bool woken = false;
-    bool data = false;
-    int ready = 0;
-    const int us = std::max(0, ms < 0 ? spinUs_ : static_cast<int>(std::min<long>(spinUs_, ms * 1000L)));
-    if (us > 0) ready = spinReadable(wakeUp_.readEnd(), descriptor_.get(), us, woken, data);
-    const int msLeft = ms > 0 ? ms - us / 1000 : ms;
-    if (ready == 0) ready = pollReadable(wakeUp_.readEnd(), descriptor_.get(), msLeft, woken, data);
-    if (ready == 0) return WaitTimedOut;
-    if (ready < 0) {
-        printOutput("ERROR: Cannot select");
-        return WaitFailed;
-    }
-    if (woken) {
-        wakeUp_.consume();
-        return WaitBroken;
-    }
-    return data ? WaitData : WaitFailed;
+    return Varnex::waitForData(descriptor_.get(), wakeUp_, ms, spinUs_, kWaitMessages);
 }
 
 bool NetCommunicator::dataAvail(int& n) {

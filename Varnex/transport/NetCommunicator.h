@@ -7,6 +7,8 @@
 #include <Varnex/transport/UniqueFd.h>
 #include <Varnex/transport/WakeUpPipe.h>
 
+#include <cstddef>
+
 namespace Varnex {
 
 /// A byte channel over a connected stream socket.
@@ -98,6 +100,7 @@ protected:
 private:
     using OptionSetter = bool (*)(int fd, int value);
 
+    [[nodiscard]] long sendSome(const char* bytes, std::size_t size) const;
     bool setOption(int& option, int value, OptionSetter apply);
     bool applyOption(int value, OptionSetter apply) const;
 

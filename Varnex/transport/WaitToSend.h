@@ -11,4 +11,8 @@ namespace Varnex {
 /// when it does not: false, with the `errno` of a send that timed out.
 bool waitToSendAgain(int fd);
 
+/// Waits until `fd` takes bytes, at most `ms` milliseconds, 0 without limit. False with `errno`: EAGAIN when the time
+/// ran out, EIO when it will take none any more.
+bool waitToWrite(int fd, int ms);
+
 }  // namespace Varnex

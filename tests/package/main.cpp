@@ -1,7 +1,8 @@
-// Sends an event to itself over a loopback connection.
+// Sends an event to itself over a loopback connection, and needs what a serial line is made with.
 #include <Varnex/events/MessageEvent.h>
 #include <Varnex/transport/Client.h>
 #include <Varnex/transport/Exception.h>
+#include <Varnex/transport/Serial.h>
 #include <Varnex/transport/Server.h>
 
 #include <cstdio>
@@ -28,7 +29,7 @@ int main() try {
     sent.setTag(42);
     const auto event = thereAndBack(sent);
     const auto* message = dynamic_cast<const Varnex::MessageEvent*>(event.get());
-    if (!message) return 1;
+    if (!message || !Varnex::Serial().setBaudRate(115200)) return 1;
     std::printf("%d %d %s\n", message->getTag(), message->getCode(), message->getText().c_str());
     return 0;
 } catch (const Varnex::Exception&) {

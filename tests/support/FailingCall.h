@@ -1,11 +1,14 @@
 #pragma once
 
 #include <atomic>
+#include <cerrno>
+#include <filesystem>
 
 /// The system calls that can fail in a program that wraps them.
 // clang-format off
-enum class Call { accept4, close, connect, getnameinfo, getsockname, listen, pipe2, poll, recv, send, sendmsg,
-                  setsockopt, signal, socket, kCount };
+enum class Call { accept4, cfsetispeed, cfsetospeed, close, connect, getnameinfo, getsockname, ioctl, listen, pipe2, poll,
+                  read, recv, send, sendmsg, setsockopt, signal, socket, sp_list_ports, tcgetattr, tcsetattr, write,
+                  kCount };
 // clang-format on
 
 /// While it lives, the next `times` calls give `result`, with `error` in `errno`.
@@ -24,6 +27,19 @@ public:
         int error, result;
     } scripts[static_cast<int>(Call::kCount)];
 
+    /// What this call is to fail with, `errno` included; null when it is not to fail.
+    static const Script* due(Call call) {
+        auto& script = scripts[static_cast<int>(call)];
+        if (script.left <= 0 || script.left-- <= 0) return nullptr;
+        errno = script.error;
+        return &script;
+    }
+
 private:
     Script& script_;
 };
+
+/// How many descriptors this process has open.
+inline auto openDescriptors() {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+}

@@ -1,8 +1,6 @@
 #include <Varnex/transport/IOException.h>
 #include <tests/support/LoopbackPair.h>
 
-#include <filesystem>
-
 using Operation = int (*)(LoopbackPair&);
 
 /// The result or the exception, and what was printed.
@@ -14,10 +12,6 @@ static std::string outcomeOf(Operation operation, LoopbackPair& pair) {
     } catch (const Varnex::IOException& e) {
         return e.what() + std::string(pair.server.isOpen() && pair.client.isOpen() ? "" : ", closed");
     }
-}
-
-static auto openDescriptors() {
-    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }
 
 TEST(FailureTest, EachSystemCallThatFailsHasItsOutcomeAndLeaksNothing) {

@@ -1,24 +1,25 @@
 #include <tests/support/FailingCall.h>
 
-#include <cerrno>
 #include <csignal>
 
 #include <netdb.h>
 #include <poll.h>
 #include <sys/socket.h>
+#include <termios.h>
 
 // A close(2) that fails has closed all the same.
-#define VARNEX_WRAP(Result, name, parameters, arguments)                            \
-    extern "C" Result __real_##name parameters;                                     \
-    extern "C" Result __wrap_##name parameters {                                    \
-        auto& script = FailingCall::scripts[(int)Call::name];                       \
-        if (script.left <= 0 || script.left-- <= 0) return __real_##name arguments; \
-        if (Call::name == Call::close) __real_##name arguments;                     \
-        errno = script.error;                                                       \
-        return (Result)(long)script.result;                                         \
+#define VARNEX_WRAP(Result, name, parameters, arguments)        \
+    extern "C" Result __real_##name parameters;                 \
+    extern "C" Result __wrap_##name parameters {                \
+        const auto* script = FailingCall::due(Call::name);      \
+        if (script == nullptr) return __real_##name arguments;  \
+        if (Call::name == Call::close) __real_##name arguments; \
+        return (Result)(long)script->result;                    \
     }
 
 VARNEX_WRAP(int, accept4, (int fd, sockaddr* address, socklen_t* size, int flags), (fd, address, size, flags))
+VARNEX_WRAP(int, cfsetispeed, (termios * settings, speed_t speed), (settings, speed))
+VARNEX_WRAP(int, cfsetospeed, (termios * settings, speed_t speed), (settings, speed))
 VARNEX_WRAP(int, close, (int fd), (fd))
 VARNEX_WRAP(int, connect, (int fd, const sockaddr* address, socklen_t size), (fd, address, size))
 VARNEX_WRAP(int, getnameinfo, (const sockaddr* a, socklen_t n, char* h, socklen_t hn, char* s, socklen_t sn, int flags),
@@ -27,9 +28,11 @@ VARNEX_WRAP(int, getsockname, (int fd, sockaddr* address, socklen_t* size), (fd,
 VARNEX_WRAP(int, listen, (int fd, int backlog), (fd, backlog))
 VARNEX_WRAP(int, pipe2, (int* ends, int flags), (ends, flags))
 VARNEX_WRAP(int, poll, (pollfd * descriptors, nfds_t count, int ms), (descriptors, count, ms))
+VARNEX_WRAP(ssize_t, read, (int fd, void* data, size_t size), (fd, data, size))
 VARNEX_WRAP(ssize_t, recv, (int fd, void* data, size_t size, int flags), (fd, data, size, flags))
 VARNEX_WRAP(ssize_t, send, (int fd, const void* data, size_t size, int flags), (fd, data, size, flags))
 VARNEX_WRAP(ssize_t, sendmsg, (int fd, const msghdr* message, int flags), (fd, message, flags))
 VARNEX_WRAP(int, setsockopt, (int fd, int level, int name, const void* value, socklen_t n), (fd, level, name, value, n))
 VARNEX_WRAP(sighandler_t, signal, (int number, sighandler_t handler), (number, handler))
 VARNEX_WRAP(int, socket, (int family, int type, int protocol), (family, type, protocol))
+VARNEX_WRAP(ssize_t, write, (int fd, const void* data, size_t size), (fd, data, size))
