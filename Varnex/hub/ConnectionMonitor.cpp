@@ -1,6 +1,5 @@
 #include <Varnex/hub/ConnectionMonitor.h>
 
-#include <Varnex/transport/Communicator.h>
 
 #include <utility>
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <Varnex/hub/MultiCommunicator.h>
+#include <Varnex/transport/Communicator.h>
 
 #include <Zendro/ObjectThread.h>
 

@@ -133,6 +133,25 @@ long Serial::writeSome(const char* bytes, std::size_t size) const {
     return taken;
 }
 
+bool Serial::trySend(const Chunk* chunks, int count, int& sent) {
+    sent = 0;
+    if (!isOpen()) return false;
+    for (int i = 0; i < count; ++i) {
+        ssize_t taken;
+        do taken = ::write(descriptor_.get(), chunks[i].data, static_cast<std::size_t>(chunks[i].size));
+        while (taken < 0 && errno == EINTR);
+        if (taken < 0) return errno == EAGAIN || fail(withErrno("ERROR: Cannot send", errno));
+        sent += static_cast<int>(taken);
+        if (taken < chunks[i].size) break;
+    }
+    return true;
+}
+
+void Serial::abort() {
+    ::tcflush(descriptor_.get(), TCOFLUSH);
+    breakWait();
+}
+
 bool Serial::receive(void* data, int& n) {
     if (data == nullptr || !isOpen() || n <= 0) return false;
     ssize_t received;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <Varnex/transport/Communicator.h>
+#include <Varnex/transport/NonBlockingSender.h>
 #include <Varnex/transport/SerialSettings.h>
 #include <Varnex/transport/UniqueFd.h>
 #include <Varnex/transport/WakeUpPipe.h>
@@ -17,7 +18,7 @@ namespace Varnex {
 /// send while another waits and receives; `breakWait` is for any thread; everything else is for the owner. Closing does
 /// not end another thread's wait: break it first. Throws nothing: failures print an ERROR line on the error stream and
 /// return false. A line tells no end of the stream, but a device that is unplugged does: `receive` is true with 0.
-class VARNEX_API Serial : public Communicator {
+class VARNEX_API Serial : public Communicator, public NonBlockingSender {
 public:
     static constexpr int kDefaultBaudRate = 9600;
     static constexpr int kNoWriteTimeout = 0;
@@ -48,6 +49,11 @@ public:
     void breakWait() override;
     int waitForData(int ms) override;
     bool dataAvail(int& n) override;
+
+    bool trySend(const Chunk* chunks, int count, int& sent) override;
+    [[nodiscard]] int getSendDescriptor() const override { return getDescriptor(); }
+    /// A line has no end: throws away what it has not sent yet, and breaks the wait.
+    void abort() override;
 
     /// Opens the port, closing it first when it is open, and puts it in raw mode with the settings made. Blanks and
     /// line ends around the stored port text go away. False: no such port, no terminal, or it refuses a setting.

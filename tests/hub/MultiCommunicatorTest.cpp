@@ -56,15 +56,22 @@ TEST_F(MultiCommunicatorTest, ABroadcastReachesAllAndTellsTheSmallestLength) {
 TEST_F(MultiCommunicatorTest, ConnectionsAreHandedOutOnceEachInTheOrderTheirDataCame) {
     for (int i = 0; i < 3; ++i) add();
     EXPECT_EQ(available(), 0);
-    for (const int i : {2, 0, 1}) {
-        sends(*far[static_cast<std::size_t>(i)], "x");
-        ASSERT_TRUE(eventually([&] { return available() > 0; }));
-        EXPECT_EQ(next(), near[static_cast<std::size_t>(i)]);
-        sends(*far[static_cast<std::size_t>(i)], "more");
-        EXPECT_EQ(received(*near[static_cast<std::size_t>(i)], 1), "x");
+    int expected = 0;
+    for (const std::size_t i : {2u, 0u, 1u}) {
+        sends(*far[i], "xy");
+        ++expected;
+        ASSERT_TRUE(eventually([&] { return available() == expected; }));
     }
-    // What is left of each is reported anew once it has been handed back.
-    EXPECT_TRUE(eventually([&] { return available() > 0; }));
+    for (const std::size_t i : {2u, 0u, 1u}) {
+        EXPECT_EQ(next(), near[i]);
+        EXPECT_EQ(received(*near[i]), "xy");
+    }
+    EXPECT_EQ(available(), 0);
+    sends(*far[1], "xy");
+    for (const char* left : {"x", "y"}) {  // reported again for what was left
+        EXPECT_EQ(next(), near[1]);
+        EXPECT_EQ(received(*near[1], 1), left);
+    }
 }
 
 TEST_F(MultiCommunicatorTest, OneBreakEndsOneWaitAndDoesNotCountAsData) {
