@@ -1,6 +1,5 @@
 #include <Varnex/hub/ConnectionMonitor.h>
 
-
 #include <utility>
 
 namespace Varnex {
@@ -41,12 +40,12 @@ void ConnectionMonitor::connected(Communicator* connection) {
 }
 
 void ConnectionMonitor::lost(unsigned long long number, Communicator* connection, LostReason reason) {
-    post({connection, true, reason, number, nullptr});
+    post({connection, true, reason, number, nullptr, false});
 }
 
-void ConnectionMonitor::dropped(std::unique_ptr<Communicator> connection, LostReason reason) {
+void ConnectionMonitor::dropped(std::unique_ptr<Communicator> connection, LostReason reason, bool isTold) {
     Communicator* const raw = connection.get();
-    post({raw, true, reason, 0, std::move(connection)});
+    post({raw, true, reason, 0, std::move(connection), isTold});
 }
 
 void ConnectionMonitor::post(News news) {
@@ -83,7 +82,7 @@ void ConnectionMonitor::tell(News& news) {
         news.owner.reset(news.connection);
         if (hub_.detachedHook_) hub_.detachedHook_(news.connection);
     }
-    if (onLost_) onLost_(news.connection, news.reason);
+    if (onLost_ && !news.isTold) onLost_(news.connection, news.reason);
 }
 
 }  // namespace Varnex

@@ -33,8 +33,8 @@ public:
     // From any thread, also with locks of the hub held.
     void connected(Communicator* connection);
     void lost(unsigned long long number, Communicator* connection, LostReason reason);
-    /// Deletes the connection in the end.
-    void dropped(std::unique_ptr<Communicator> connection, LostReason reason);
+    /// Deletes the connection in the end; `isTold`: its loss was told already.
+    void dropped(std::unique_ptr<Communicator> connection, LostReason reason, bool isTold);
 
 private:
     struct News {
@@ -43,6 +43,7 @@ private:
         LostReason reason = LostReason::Dropped;
         unsigned long long number = 0;        // of a lost one that the hub may still have
         std::unique_ptr<Communicator> owner;  // of one that was dropped
+        bool isTold = false;
     };
 
     void post(News news);

@@ -68,16 +68,17 @@ void MultiCommunicator::removeCommunicator(Communicator* connection) {
     detach(connection);
 }
 
-bool MultiCommunicator::detach(const Communicator* connection) {
-    return detachFirst([=](const CommThread& each) { return each.getCommunicator() == connection; });
+bool MultiCommunicator::detach(const Communicator* connection, bool* wasLost) {
+    return detachFirst([=](const CommThread& each) { return each.getCommunicator() == connection; }, wasLost);
 }
 
 template <class Matches>
-bool MultiCommunicator::detachFirst(Matches matches) {
+bool MultiCommunicator::detachFirst(Matches matches, bool* wasLost) {
     const Zendro::MutexLock lock(listMutex_);
     const auto found =
         std::find_if(commThreads_.begin(), commThreads_.end(), [&](const CommThread* each) { return matches(*each); });
     if (found == commThreads_.end()) return false;
+    if (wasLost != nullptr) *wasLost = (*found)->lost_;
     delete *found;
     commThreads_.erase(found);
     return true;
@@ -88,9 +89,10 @@ bool MultiCommunicator::detachLost(unsigned long long number) {
 }
 
 bool MultiCommunicator::dropCommunicator(Communicator* connection, LostReason reason) {
-    if (!detach(connection)) return false;
+    bool wasLost = false;
+    if (!detach(connection, &wasLost)) return false;
     if (detachedHook_) detachedHook_(connection);
-    monitor_->dropped(std::unique_ptr<Communicator>(connection), reason);
+    monitor_->dropped(std::unique_ptr<Communicator>(connection), reason, wasLost);
     return true;
 }
 

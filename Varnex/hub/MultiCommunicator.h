@@ -125,8 +125,8 @@ protected:
     /// Is told of each connection that `setDeleteLost` or `dropCommunicator` has taken out, before it is lost.
     void setDetachedHook(std::function<void(Communicator*)> hook);
 
-    /// Like `removeCommunicator`; false when the connection is not there.
-    bool detach(const Communicator* connection) VARNEX_EXCLUDES(listMutex_);
+    /// Like `removeCommunicator`; false when the connection is not there. `wasLost`: whether its loss was told already.
+    bool detach(const Communicator* connection, bool* wasLost = nullptr) VARNEX_EXCLUDES(listMutex_);
 
 private:
     friend class ConnectionMonitor;
@@ -134,7 +134,7 @@ private:
     using Connections = std::list<CommThread*>;
 
     template <class Matches>
-    bool detachFirst(Matches matches) VARNEX_EXCLUDES(listMutex_);
+    bool detachFirst(Matches matches, bool* wasLost = nullptr) VARNEX_EXCLUDES(listMutex_);
     template <class Selects>
     bool sendToSelected(Selects selects, const void* data, int& length) VARNEX_EXCLUDES(listMutex_);
     void stopAll() VARNEX_REQUIRES(listMutex_);

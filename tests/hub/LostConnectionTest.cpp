@@ -48,6 +48,8 @@ TEST_F(LostConnectionTest, WithoutTheOptionTheApplicationHearsAndRemoves) {
     EXPECT_TRUE(eventually([&] { return told(connection, lost(LostReason::PeerClosed)); }));
     EXPECT_EQ(hub.getCount(), 1);
     EXPECT_TRUE(hub.dropCommunicator(connection));
+    hub.close();
+    EXPECT_EQ(news.size(), 2u);
 }
 
 TEST_F(LostConnectionTest, CallbacksMaySendAndDropAndCloseForgetsNone) {
