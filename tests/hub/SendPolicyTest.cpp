@@ -65,8 +65,10 @@ TEST_F(SendPolicyTest, AStalledConnectionLosesTheOldestAndHoldsUpNobody) {
     add();
     stall();
     add();
-    for (const char c : std::string("abcdef")) broadcast({c});
-    EXPECT_EQ(receivedAll(*far[1], 6), "abcdef");
+    for (const char c : std::string("abcdef")) {
+        broadcast({c});
+        EXPECT_EQ(received(*far[1]), std::string{c});
+    }
     EXPECT_THAT(rest(), testing::AnyOf("def", "cdef"));  // what stalled it is kept if it was begun
     EXPECT_TRUE(hub.flush(60000));
     EXPECT_EQ(counters().dropped.messages, 3u);
@@ -104,7 +106,9 @@ TEST_F(SendPolicyTest, OrKeepsTheNewestStateOfEachObject) {
         const auto* const handled = dynamic_cast<Varnex::HandleEvent*>(raw);
         got.push_back(handled ? handled->getHandle() + std::to_string(handled->getValue()) : "message");
     }
-    EXPECT_THAT(got, testing::UnorderedElementsAre("message", "a100", "b100", "c100", "message"));
+    // Older ones only where they were on their way already.
+    EXPECT_THAT(got, testing::IsSupersetOf({"a100", "b100", "c100", "message"}));
+    EXPECT_LE(got.size(), 6u);
 }
 
 TEST_F(SendPolicyTest, OrIsDisconnected) {
