@@ -17,6 +17,7 @@ QueuedMessage::QueuedMessage(const void* bytes, int count) : size(count) {
 SendQueue::Verdict SendQueue::push(QueuedMessage message) {
     const Zendro::MutexLock lock(mutex_);
     counters_.offered.add(message.size);
+    if (!fits(message.size)) awaitLanding();
     if (closed_) return refuse(message.size, Verdict::Closed);
     const bool keepNewest = policy_.whenFull == SendPolicy::KeepNewest;
     if (keepNewest && !conflating_ && !fits(message.size)) keepNewestOnly();
@@ -28,6 +29,11 @@ SendQueue::Verdict SendQueue::push(QueuedMessage message) {
     }
     append(std::move(message));
     return Verdict::Waiting;
+}
+
+/// What is being sent can neither be dropped nor replaced, and may make room itself at any moment.
+void SendQueue::awaitLanding() {
+    while (inFlight_) landed_.wait(mutex_);
 }
 
 SendQueue::Verdict SendQueue::refuse(int size, Verdict verdict) {
@@ -116,6 +122,7 @@ int SendQueue::next(Chunk* chunks, int max) {
         ++begun_;
         if (message.data != nullptr) chunks[count++] = {message.data.get(), message.size};
     }
+    inFlight_ = count > 0;
     if (count > 0 && frontSent_ > 0)
         chunks[0] = {messages_.front().data.get() + frontSent_, chunks[0].size - frontSent_};
     return count;
@@ -123,6 +130,8 @@ int SendQueue::next(Chunk* chunks, int max) {
 
 void SendQueue::took(int bytes) {
     const Zendro::MutexLock lock(mutex_);
+    inFlight_ = false;
+    landed_.notify_all();
     doomed_.clear();
     for (; begun_ > 0 && !messages_.empty(); --begun_) {
         const QueuedMessage& front = messages_.front();

@@ -6,6 +6,7 @@
 
 #include <Zendro/Mutex.h>
 
+#include <condition_variable>
 #include <deque>
 #include <memory>
 #include <string>
@@ -46,6 +47,7 @@ public:
 
 private:
     [[nodiscard]] bool fits(int size) const VARNEX_REQUIRES(mutex_);
+    void awaitLanding() VARNEX_REQUIRES(mutex_);
     bool makeRoom(int size) VARNEX_REQUIRES(mutex_);
     bool replaceOlder(const QueuedMessage& message) VARNEX_REQUIRES(mutex_);
     void keepNewestOnly() VARNEX_REQUIRES(mutex_);
@@ -63,6 +65,8 @@ private:
     std::size_t oldest_ VARNEX_GUARDED_BY(mutex_) = 0;            // none before it can be dropped
     int frontSent_ VARNEX_GUARDED_BY(mutex_) = 0;                 // bytes of the first message
     std::deque<QueuedMessage> doomed_ VARNEX_GUARDED_BY(mutex_);  // closed while they may have been being sent
+    bool inFlight_ VARNEX_GUARDED_BY(mutex_) = false;             // between next and took, which never blocks
+    std::condition_variable_any landed_;
     bool closed_ VARNEX_GUARDED_BY(mutex_) = false;
     SendCounters counters_ VARNEX_GUARDED_BY(mutex_);
 
