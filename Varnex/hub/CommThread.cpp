@@ -14,7 +14,7 @@ constexpr std::chrono::seconds kBreakAgain{1};
 }  // namespace
 
 MultiCommunicator::CommThread::CommThread(MultiCommunicator* owner, Communicator* connection)
-    : owner_(owner), communicator_(connection), thread_(this, &CommThread::recvThread) {
+    : owner_(owner), communicator_(connection), number_(++owner->lastNumber_), thread_(this, &CommThread::recvThread) {
     {
         const Zendro::MutexLock lock(owner_->queueMutex_);
         readyPosition_ = owner_->readyQueue_.end();

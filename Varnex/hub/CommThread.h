@@ -43,7 +43,7 @@ private:
 
     MultiCommunicator* owner_;
     Communicator* communicator_;
-    unsigned long long number_ = 0;
+    const unsigned long long number_;
     Zendro::Semaphore resumeSemaphore_;
     SendCounters counters_;
     std::atomic<bool> lost_ = false;

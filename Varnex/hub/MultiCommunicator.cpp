@@ -45,10 +45,8 @@ void MultiCommunicator::stopAll() {
 bool MultiCommunicator::addCommunicator(Communicator* connection) {
     const Zendro::MutexLock lock(listMutex_);
     monitor_->start();
-    CommThread* const added = createCommThread(this, connection);
-    added->number_ = ++lastNumber_;
-    commThreads_.push_back(added);
-    monitor_->connected(connection);
+    monitor_->connected(connection);  // before its thread can report its loss
+    commThreads_.push_back(createCommThread(this, connection));
     return true;
 }
 

@@ -154,7 +154,7 @@ private:
     // Lock order: listMutex_ before queueMutex_.
     mutable Zendro::Mutex listMutex_ VARNEX_ACQUIRED_BEFORE(queueMutex_);
     Connections commThreads_ VARNEX_GUARDED_BY(listMutex_);
-    unsigned long long lastNumber_ VARNEX_GUARDED_BY(listMutex_) = 0;
+    std::atomic<unsigned long long> lastNumber_ = 0;
     SendPolicy policy_;  // set under listMutex_
 
     mutable Zendro::Mutex queueMutex_;
