@@ -22,8 +22,11 @@ constexpr auto kSoon = std::chrono::seconds(60);
 template <class Condition>
 bool eventually(Condition condition) {
     const auto end = std::chrono::steady_clock::now() + kSoon;
-    while (!condition() && std::chrono::steady_clock::now() < end) std::this_thread::yield();
-    return condition();
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() >= end) return false;
+        std::this_thread::yield();
+    }
+    return true;
 }
 
 /// A hub and, for each of its connections, the far end.
