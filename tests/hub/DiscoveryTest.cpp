@@ -25,7 +25,7 @@ struct DiscoveryTest : testing::Test {
     /// The next announcement with this status, or null when there is none before everything sent so far has come.
     std::unique_ptr<Varnex::ServerInfoEvent> announced(short status) {
         Varnex::Event end;
-        end.setTag(4711);
+        end.setTag(++asked);
         end.send(&group);
         for (;;) {
             char bytes[500];
@@ -34,7 +34,7 @@ struct DiscoveryTest : testing::Test {
             Varnex::Event* event = nullptr;
             Varnex::Event::parse(bytes, n, event);
             std::unique_ptr<Varnex::Event> owner(event);
-            if (event != nullptr && event->getTag() == 4711) return nullptr;
+            if (event != nullptr && event->getTag() == asked) return nullptr;
             auto* const info = dynamic_cast<Varnex::ServerInfoEvent*>(event);
             if (info != nullptr && info->getStatus() == status)
                 return std::unique_ptr<Varnex::ServerInfoEvent>(static_cast<Varnex::ServerInfoEvent*>(owner.release()));
@@ -56,6 +56,7 @@ struct DiscoveryTest : testing::Test {
         EXPECT_TRUE(info.send(&group));
     }
     static inline bool ownNetwork = false;
+    unsigned short asked = 0;
 };
 
 TEST_F(DiscoveryTest, AServerAnnouncesAnswersWhoIsMeantAndSaysFarewell) {
