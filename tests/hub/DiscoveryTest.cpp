@@ -25,7 +25,7 @@ struct DiscoveryTest : testing::Test {
     /// The next announcement with this status, or null when there is none before everything sent so far has come.
     std::unique_ptr<Varnex::ServerInfoEvent> announced(short status) {
         Varnex::Event end;
-        end.setTag(++asked);
+        end.setTag(++marks);
         end.send(&group);
         for (;;) {
             char bytes[500];
@@ -34,7 +34,7 @@ struct DiscoveryTest : testing::Test {
             Varnex::Event* event = nullptr;
             Varnex::Event::parse(bytes, n, event);
             std::unique_ptr<Varnex::Event> owner(event);
-            if (event != nullptr && event->getTag() == asked) return nullptr;
+            if (event != nullptr && event->getTag() == marks) return nullptr;
             auto* const info = dynamic_cast<Varnex::ServerInfoEvent*>(event);
             if (info != nullptr && info->getStatus() == status)
                 return std::unique_ptr<Varnex::ServerInfoEvent>(static_cast<Varnex::ServerInfoEvent*>(owner.release()));
@@ -56,7 +56,7 @@ struct DiscoveryTest : testing::Test {
         EXPECT_TRUE(info.send(&group));
     }
     static inline bool ownNetwork = false;
-    unsigned short asked = 0;
+    unsigned short marks = 0;
 };
 
 TEST_F(DiscoveryTest, AServerAnnouncesAnswersWhoIsMeantAndSaysFarewell) {
@@ -115,9 +115,9 @@ TEST_F(DiscoveryTest, TwentyServersOfOneHostAreAllFound) {
 TEST_F(DiscoveryTest, HostileAndForeignDatagramsDoNotEndDiscovery) {
     MultiClient client(1);
     prepare(client);
-    std::vector<std::string> asked;
+    std::vector<std::string> hosts;
     client.setAcceptAnnouncement([&](const Varnex::ServerInfoEvent& info) {
-        asked.push_back(info.getHostAddress());
+        hosts.push_back(info.getHostAddress());
         if (info.getHostName() == "throw") throw std::runtime_error("not today");
         return info.getHostAddress() != "127.0.0.3";
     });
@@ -130,7 +130,7 @@ TEST_F(DiscoveryTest, HostileAndForeignDatagramsDoNotEndDiscovery) {
     announce("127.0.0.1", 1);  // refuses
     announce("127.0.0.1", server.getLocalPort());
     EXPECT_TRUE(eventually([&] { return client.getCount() == 1; }));
-    EXPECT_THAT(asked, testing::ElementsAre("127.0.0.3", "no.such.host.invalid", "127.0.0.1", "127.0.0.1"));
+    EXPECT_THAT(hosts, testing::ElementsAre("127.0.0.3", "no.such.host.invalid", "127.0.0.1", "127.0.0.1"));
     EXPECT_THAT(printed.errors(), testing::HasSubstr("ERROR: Got a datagram that is not one Varnex event\n"));
     client.close();
 }
