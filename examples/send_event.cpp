@@ -4,11 +4,16 @@
 #include <Varnex/transport/Exception.h>
 
 #include <iostream>
-#include <string>
+#include <sstream>
 
-int main(int, char** argv) try {
+int main(int argc, char** argv) try {
+    unsigned short port = 0;
+    if (argc != 2 || !(std::istringstream(argv[1]) >> port)) {
+        std::cerr << "usage: send_event PORT\n";
+        return 2;
+    }
     Varnex::Client client;
-    client.open("127.0.0.1", static_cast<unsigned short>(std::stoi(argv[1])));
+    client.open("127.0.0.1", port);
     Varnex::MessageEvent event(3, "hello");
     return event.send(&client) ? 0 : 1;
 } catch (const Varnex::Exception& error) {

@@ -79,8 +79,8 @@ public:
     /// Writes the serialised event to a file, as it is or as decimal numbers, and reports it on the output stream.
     void dump(const char* fileName, bool binary);
 
-    /// The longest event that is received, header included; a longer one counts as incomplete. 0: no limit but the 2^31
-    /// - 1 bytes that an event can have. For the whole process, from any thread.
+    /// The longest event that is received, header included; a longer one counts as incomplete. 0: no limit but the
+    /// 2^31 - 1 bytes that an event can have. For the whole process, from any thread.
     static void setMaxLength(unsigned int bytes);
     [[nodiscard]] static unsigned int getMaxLength();
 
@@ -123,8 +123,7 @@ protected:
     /// Bytes between the position and the end of the event, or of the buffer while writing.
     [[nodiscard]] long remaining() const { return _buffer + _size - _pos; }
 
-    /// Serialises into the buffer that the caller has set up with `new char[]`: `_buffer` and `_pos` at its beginning
-    /// and
+    /// Serialises into the buffer that the caller has set up with `new char[]`: `_buffer` and `_pos` at its beginning,
     /// `_size` its capacity; growing may replace it. The number of bytes, 0 when the event is too large.
     int write();
     /// Takes header and fields from the `_size` bytes at `_buffer`; the number of bytes consumed.

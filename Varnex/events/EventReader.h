@@ -24,6 +24,8 @@ class Receiver;
 ///     BufferedCommunicator buffered(&client);  // many events for each system call
 ///     EventReader reader(&buffered);
 ///     while (const auto event = reader.read().event) handle(*event);
+///
+/// This loop ends at anything but an event, an unknown type included; look at `status` to tell these apart.
 class VARNEX_API EventReader {
 public:
     enum class Status {

@@ -14,14 +14,19 @@ T take(ProbeEvent& event) {
     return value;
 }
 
+template <class... Value>
+std::string written(Value... value) {
+    ProbeEvent event([=](ProbeEvent& e) { e.addField(value...); });
+    return wireOf(event).substr(12);
+}
+
 /// `value` has these bytes as a field and in a binary stream, where it can be there, and is read back as `back`; when
 /// bytes are missing it is 0, the position stays and the stream fails.
 template <class T>
 void expectNumber(T value, const char* field, const char* streamed, T back) {
     if constexpr (requires(ProbeEvent e) { e.getField(value); }) {
-        ProbeEvent event([value](ProbeEvent& e) { e.addField(value); });
         const std::string bytes = bytesOf(field);
-        EXPECT_EQ(wireOf(event).substr(12), bytes);
+        EXPECT_EQ(written(value), bytes);
         EXPECT_EQ(ProbeEvent().readFields(bytes + "x", take<T>), std::pair(back, bytes.size())) << field;
         for (std::size_t size = 0; size < bytes.size(); ++size)
             EXPECT_EQ(ProbeEvent().readFields(bytes.substr(0, size), take<T>), std::pair(T{}, std::size_t{0})) << field;
@@ -58,12 +63,6 @@ TEST(EventFieldsTest, NumbersAreBigEndianInTheirWidthInEventsAndStreams) {
     EXPECT_TRUE(ProbeEvent().readFields(bytesOf("0100"), take<bool>).first) << "any bit is true";
 }
 
-template <class... Value>
-std::string written(Value... value) {
-    ProbeEvent event([=](ProbeEvent& e) { e.addField(value...); });
-    return wireOf(event).substr(12);
-}
-
 TEST(EventFieldsTest, TextsHaveA16BitCountAndRawBytesNone) {
     EXPECT_EQ(written(std::string("a\0b", 3)), bytesOf("0003610062"));
     EXPECT_EQ(written(std::string()), bytesOf("0000"));
@@ -74,53 +73,61 @@ TEST(EventFieldsTest, TextsHaveA16BitCountAndRawBytesNone) {
     EXPECT_TRUE(written(std::string(65538, 'x')) == bytesOf("0002") + std::string(65538, 'x'));
 }
 
-std::string text(ProbeEvent& event) {
-    std::string value = "old";
-    event.getField(value);
-    return value;
-}
-
-template <int N>
-std::string rawBytes(ProbeEvent& event) {
-    std::string value = "....";
-    event.getField(value.data(), N);
+/// Reads a text, or so many raw bytes.
+template <int... Size>
+std::string readText(ProbeEvent& event) {
+    std::string value = "old.";
+    if constexpr (sizeof...(Size) == 0)
+        event.getField(value);
+    else
+        event.getField(value.data(), Size...);
     return value;
 }
 
 TEST(EventFieldsTest, TextsAndRawBytesAreReadWithinTheEventOnly) {
     const std::string longest(32767, 'x');
     const std::tuple<std::string, std::string (*)(ProbeEvent&), std::string, std::size_t> all[] = {
-        {bytesOf("0002616263"), text, "ab", 4},
-        {bytesOf("000061"), text, "", 2},
-        {bytesOf("00"), text, "", 0},
-        {bytesOf("00030102"), text, "old", 2},  // a count above the rest
-        {bytesOf("80000102"), text, "", 2},     // a count with a sign
-        {bytesOf("7fff") + longest, text, longest, 32769},
-        {"abc", rawBytes<2>, "ab..", 2},
-        {"abc", rawBytes<3>, "abc.", 3},
-        {"abc", rawBytes<4>, "....", 0},
-        {"abc", rawBytes<-1>, "....", 0},
+        {bytesOf("0002616263"), readText<>, "ab", 4},
+        {bytesOf("000061"), readText<>, "", 2},
+        {bytesOf("00"), readText<>, "", 0},
+        {bytesOf("00030102"), readText<>, "old.", 2},  // a count above the rest
+        {bytesOf("80000102"), readText<>, "", 2},      // a count with a sign
+        {bytesOf("7fff") + longest, readText<>, longest, 32769},
+        {"abc", readText<2>, "abd.", 2},
+        {"abc", readText<3>, "abc.", 3},
+        {"abc", readText<4>, "old.", 0},
+        {"abc", readText<-1>, "old.", 0},
     };
     for (const auto& [bytes, read, value, taken] : all)
         EXPECT_EQ(ProbeEvent().readFields(bytes, read), std::pair(value, taken));
 }
 
-TEST(EventFieldsTest, BufferDoublesWithOneLineForEachGrowth) {
+TEST(EventFieldsTest, BufferDoublesWithOneLineForEachGrowthAndUpTo1024BytesAllocatesNothing) {
     const std::string line = "Varnex::Event: Resize buffer to ";
     const std::tuple<std::size_t, std::size_t, std::string> all[] = {
+        {0, 1, ""},
         {1012, 1012, ""},
+        {1013, 1013, line + "2048\n"},
         {1488, 1, line + "2048\n"},
         {4988, 4988, line + "8192\n"},
         {4988, 4, line + "2048\n" + line + "4096\n" + line + "8192\n"}};
     std::string content;
     for (int i = 0; i < 4988; ++i) content += static_cast<char>(i % 251);
+    std::ostream nowhere(nullptr);
     for (const auto& [size, step, lines] : all) {
         ProbeEvent event([&, last = size, width = step](ProbeEvent& e) {
             for (std::size_t i = 0; i < last; i += width) e.addData(&content[i], static_cast<long>(width));
         });
+        ScriptedSender sender;
+        sender.taken.reserve(5000);
         const CapturedDiagnostics printed;
-        EXPECT_EQ(wireOf(event).substr(12), content.substr(0, size));
-        EXPECT_EQ(printed.errors(), lines);
+        largestAllocation = 0;
+        EXPECT_TRUE(event.send(&sender));
+        nowhere << event;
+        EXPECT_EQ(largestAllocation == 0, size <= 1012) << size;
+        EXPECT_EQ(event._buffer, nullptr);
+        EXPECT_EQ(sender.sent().substr(12), content.substr(0, size));
+        EXPECT_EQ(printed.errors(), lines + lines);
     }
 }
 

@@ -90,11 +90,7 @@ TEST(EventReceiveTest, EndIsTrueWithoutEventAndEachMissingPieceIsWaitedFor) {
 TEST(EventReceiveTest, NoReadOfAClassThatMisreadsItsHeaderGoesBeyondTheEvent) {
     const ProbeEvent::Action never = [](ProbeEvent&) {};
     const ProbeEvent::Action twice = [](ProbeEvent& e) { e.takeHeader(), e.takeHeader(); };
-    const ProbeEvent::Action late = [](ProbeEvent& e) {
-        char header[12];
-        e.getField(header, 12);
-        e.takeHeader();
-    };
+    const ProbeEvent::Action late = [](ProbeEvent& e) { e.getField(std::string(12, ' ').data(), 12), e.takeHeader(); };
     const std::tuple<ProbeEvent::Action, const char*, std::string> all[] = {
         {never, "56583031 0000000c 03e8 0000", kNotRead},
         {twice, "56583031 0000001c 03e8 0000 56583031 7fffffff 03e8 0000 01020304", ""},

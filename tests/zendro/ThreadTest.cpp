@@ -1,15 +1,12 @@
 #include <Varnex/transport/Exception.h>
 #include <Zendro/ObjectThread.h>
 #include <Zendro/Semaphore.h>
-#include <Zendro/SysInfo.h>
 #include <tests/support/CapturedDiagnostics.h>
 
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <stdexcept>
-
-#include <sys/utsname.h>
 
 struct Work {
     std::function<int()> function;
@@ -40,14 +37,5 @@ TEST(ThreadTest, WhatEscapesIsPrintedAndGivesMinusOne) {
         Zendro::ObjectThread<Work> thread(&work, &Work::run);
         EXPECT_TRUE(thread.start() && thread.join() == -1);
     }
-    EXPECT_EQ(printed.errors(),
-              "ERROR: bad address\nERROR: out of luck\nERROR: Unknown exception\n");
-}
-
-TEST(SysInfoTest, SaysWhatUnameSays) {
-    utsname names{};
-    ASSERT_EQ(::uname(&names), 0);
-    const Zendro::SysInfo& info = Zendro::SysInfo::the();
-    EXPECT_TRUE(info.getMachine() == names.machine && info.getHostName() == names.nodename);
-    EXPECT_EQ(info.getSystem(), std::string(names.sysname) + " " + names.release);
+    EXPECT_EQ(printed.errors(), "ERROR: bad address\nERROR: out of luck\nERROR: Unknown exception\n");
 }

@@ -10,14 +10,19 @@ namespace VarnexTool {
 
 namespace {
 
-class FixedUsage : public CLI::Formatter {
+class FixedHead : public CLI::Formatter {
 public:
-    explicit FixedUsage(std::string usage) : usage_("Usage: " + std::move(usage) + "\n") {}
+    FixedHead(const std::string& usage, const std::string& description)
+        : usage_("Usage: " + usage + "\n"), description_(description) {}
 
     std::string make_usage(const CLI::App*, std::string) const override { return usage_; }
+    std::string make_description(const CLI::App* app) const override {
+        return description_.empty() ? Formatter::make_description(app) : description_ + "\n";
+    }
 
 private:
     std::string usage_;
+    std::string description_;
 };
 
 std::string plain(double number) {
@@ -53,8 +58,8 @@ CLI::Validator wholeNumberFrom(long long lowest, long long highest) {
     return {check, ""};
 }
 
-void setUsage(CLI::App& app, const std::string& usage) {
-    app.formatter(std::make_shared<FixedUsage>(usage));
+void setHelpHead(CLI::App& app, const std::string& usage, const std::string& description) {
+    app.formatter(std::make_shared<FixedHead>(usage, description));
 }
 
 }  // namespace VarnexTool

@@ -35,8 +35,9 @@ private:
 /// The same for a decimal whole number; for `transform`, because it also takes leading zeros away.
 [[nodiscard]] CLI::Validator wholeNumberFrom(long long lowest, long long highest);
 
-/// Replaces the generated usage line of the help.
-void setUsage(CLI::App& app, const std::string& usage);
+/// Replaces the generated usage line of the help, and its first line when a description is given; the parent's list
+/// keeps the old one.
+void setHelpHead(CLI::App& app, const std::string& usage, const std::string& description = {});
 
 // Each in a source file of its own. They add themselves to the command line.
 std::unique_ptr<Command> makeListenCommand(CLI::App& parent);

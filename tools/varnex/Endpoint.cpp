@@ -37,8 +37,11 @@ void checkHost(std::string_view text, std::string_view host) {
 /// Splits at the last colon; the host keeps its brackets.
 Endpoint parse(std::string_view text, bool hostIsOptional) {
     const std::size_t colon = text.rfind(':');
-    if (colon == std::string_view::npos && !hostIsOptional) refuse(text, "expected HOST:PORT");
-    if (colon == std::string_view::npos) return {"", parsePort(text, text)};
+    if (colon == std::string_view::npos) {
+        if (!hostIsOptional) refuse(text, "expected HOST:PORT");
+        if (text.find_first_not_of("0123456789") != std::string_view::npos) refuse(text, "expected [HOST:]PORT");
+        return {"", parsePort(text, text)};
+    }
     std::string_view host = text.substr(0, colon);
     const bool bracketed = host.size() > 2 && host.front() == '[' && host.back() == ']';
     if (bracketed) host = host.substr(1, host.size() - 2);

@@ -3,6 +3,7 @@
 #include "EventLog.h"
 #include "Failure.h"
 #include "Listener.h"
+#include "Quote.h"
 
 #include <Varnex/events/Event.h>
 #include <Varnex/transport/IOException.h>
@@ -29,12 +30,18 @@ private:
     unsigned int maxLength_ = 1 << 20;  // printing takes many times the memory of an event
 };
 
+std::string colourFault(const std::string& text) {
+    if (text == "auto" || text == "always" || text == "never") return {};
+    return inQuotes(text) + " is not auto, always or never";
+}
+
 ListenCommand::ListenCommand(CLI::App& parent)
     : Command(parent, "listen", "Accept connections and print each event on one line") {
     app()
-        .add_option("[HOST:]PORT", where_,
-                    "Where to listen, such as 4711, 127.0.0.1:4711 or [::1]:4711; without a host at all IPv4 addresses "
-                    "of this machine; port 0: the system chooses one")
+        .add_option(
+            "[HOST:]PORT", where_,
+            "Where to listen, such as 4711, 127.0.0.1:4711 or [::1]:4711; without a host it listens at all IPv4 "
+            "addresses of this machine; port 0: the system chooses one")
         ->required();
     app().add_flag("--json", options_.format.json, "Print one JSON object a line");
     app()
@@ -47,7 +54,7 @@ ListenCommand::ListenCommand(CLI::App& parent)
     app().add_option("--seconds", seconds_, "End after this time")->check(numberFrom(0.001, 1e9));
     app()
         .add_option("--color", colour_, "Colour the lines")
-        ->check(CLI::IsMember({"auto", "always", "never"}).description("auto|always|never"))
+        ->check(CLI::Validator(&colourFault, "auto|always|never"))
         ->capture_default_str();
     app().add_flag("--quiet", options_.quiet, "Print no event lines");
     app().add_flag("--summary", options_.summary,
@@ -73,9 +80,10 @@ void ListenCommand::open(Varnex::Server& server) const {
     try {
         server.open(where.host, where.port);
     } catch (const Varnex::IOException& error) {
-        throw Failure(where.text() + ": " + error.what() + "; is the port taken, or the address not of this machine?");
+        throw Failure(where_ + ": " + error.what() +
+                      "; is the port taken or below 1024, or is the address not of this machine?");
     } catch (const Varnex::Exception& error) {
-        throw Failure(where.text() + ": " + error.what());
+        throw Failure(where_ + ": " + error.what());
     }
 }
 

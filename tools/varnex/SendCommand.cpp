@@ -76,14 +76,15 @@ SendCommand::SendCommand(CLI::App& parent) : Command(parent, "send", "Send an ev
         ->check(numberFrom(0.001, 1e6))
         ->capture_default_str();
     app().allow_extras();  // they are refused later, so that an unknown type is told before its unknown fields
-    setUsage(app(), "varnex send [OPTIONS] HOST:PORT TYPE [FIELDS]");
+    setHelpHead(app(), "varnex send [OPTIONS] HOST:PORT TYPE [FIELDS]");
     types_.reserve(eventTable().size());
     for (const Description& description : eventTable()) addType(description);
 }
 
 void SendCommand::addType(const Description& description) {
     CLI::App* const type = app().add_subcommand(description.name, fieldList(description));
-    setUsage(*type, "varnex send [OPTIONS] HOST:PORT " + description.name + " [FIELDS]");
+    setHelpHead(*type, "varnex send [OPTIONS] HOST:PORT " + description.name + " [FIELDS]",
+                "Send an event of type " + description.name + " (" + std::to_string(description.type->id) + ")");
     type->ignore_case()->fallthrough()->group("Event types");
     for (const std::string& spelling : spellings(description))
         if (spelling != description.name) type->alias(spelling);
@@ -95,7 +96,9 @@ void SendCommand::addType(const Description& description) {
 
 CLI::Option* SendCommand::addField(CLI::App& type, const Field& field) {
     const bool repeats = field.kind == Kind::Points;
-    const std::string form = expectedForm(field) + (repeats ? "; once for each point" : "");
+    std::string form = expectedForm(field);
+    if (field.kind == Kind::Flag) form += "; alone it means true";
+    if (repeats) form += "; once for each point";
     CLI::Option* const option = type.add_option(field.optionName(), kAcceptAll, form)->type_name(field.typeName());
     if (field.kind == Kind::Flag) option->expected(0, 1);
     if (repeats) option->expected(1, CLI::detail::expected_max_vector_size)->allow_extra_args(false);
@@ -105,12 +108,14 @@ CLI::Option* SendCommand::addField(CLI::App& type, const Field& field) {
 const SendCommand::TypeChoice& SendCommand::chosenType() {
     const auto choice = std::find_if(types_.begin(), types_.end(), [](const auto& type) { return type.app->parsed(); });
     if (choice == types_.end() && unknownType_.empty()) throw UsageError("TYPE is required");
-    if (choice == types_.end())
-        throw UsageError("unknown event type " + inQuotes(unknownType_) + "; varnex types lists them");
+    if (choice == types_.end()) throw UsageError("unknown event type " + inQuotes(unknownType_), "varnex types");
     const auto extras = app().remaining(true);
     if (extras.empty() && unknownType_.empty()) return *choice;
-    throw UsageError("unexpected argument " + inQuotes(extras.empty() ? unknownType_ : extras.front()) +
-                     "; varnex send HOST:PORT " + choice->description->name + " --help lists the fields");
+    // The first word too many has become the TYPE, unless it is an option.
+    const bool isOption = !extras.empty() && extras.front().starts_with('-');
+    throw UsageError(
+        "unexpected argument " + inQuotes(isOption || unknownType_.empty() ? extras.front() : unknownType_),
+        "varnex send HOST:PORT " + choice->description->name + " --help");
 }
 
 std::unique_ptr<Varnex::Event> SendCommand::makeEvent() {

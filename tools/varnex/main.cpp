@@ -41,14 +41,37 @@ void occupyStandardStreams() {
     if (fd >= 0) ::close(fd);
 }
 
-int complainOfUsage(const CLI::App& app, const std::string& message) {
-    const auto chosen = app.get_subcommands();
-    const std::string command = chosen.empty() ? "varnex" : "varnex " + chosen.front()->get_name();
-    const auto extras = app.remaining();
-    const bool unknown = chosen.empty() && !extras.empty();
-    return complain((unknown ? "unknown subcommand or option " + inQuotes(extras.front()) : message) + " (see " +
-                        command + " --help)",
-                    WrongUsage);
+std::string optionIn(const std::string& message) {
+    return message.substr(0, message.find(':'));
+}
+
+/// The help of the subcommand, or of the event type below it when the message begins with one of its options.
+std::string helpFor(const CLI::App& app, const std::string& message) {
+    std::string command = "varnex";
+    const auto subcommands = app.get_subcommands();
+    if (subcommands.empty()) return command + " --help";
+    const CLI::App& chosen = *subcommands.front();
+    command += " " + chosen.get_name();
+    const auto types = chosen.get_subcommands();
+    if (!types.empty() && types.front()->get_option_no_throw(optionIn(message)) != nullptr)
+        command += " HOST:PORT " + types.front()->get_name();
+    return command + " --help";
+}
+
+int complainOfUsage(const std::string& message, const std::string& help) {
+    return complain(message + " (see " + help + ")", WrongUsage);
+}
+
+/// What the parser says, in words for its user.
+std::string plainWords(const CLI::App& app, const CLI::ParseError& error) {
+    std::string text = error.what();
+    const auto extras = app.remaining(true);
+    if (app.get_subcommands().empty() && !extras.empty())
+        return "unknown subcommand or option " + inQuotes(extras.front());
+    if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr && !extras.empty())
+        return "unexpected argument " + inQuotes(extras.front());
+    if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) == nullptr) return text;
+    return optionIn(text) + (text.ends_with(" missing") ? ": the value is missing" : ": given more than once");
 }
 
 int runChosen(CLI::App& app, int argc, char** argv) {
@@ -73,9 +96,10 @@ int guardedMain(int argc, char** argv) {
         app.exit(request);
         return finishOutput();
     } catch (const CLI::ParseError& error) {
-        return complainOfUsage(app, error.what());
+        const std::string message = plainWords(app, error);
+        return complainOfUsage(message, helpFor(app, message));
     } catch (const UsageError& error) {
-        return complainOfUsage(app, error.what());
+        return complainOfUsage(error.what(), error.help().empty() ? helpFor(app, error.what()) : error.help());
     }
 }
 
