@@ -24,6 +24,7 @@ bool Thread::start() {
 }
 
 int Thread::join() {
+    if (thread_.get_id() == std::this_thread::get_id()) return result_;
     if (thread_.joinable()) thread_.join();
     return result_;
 }

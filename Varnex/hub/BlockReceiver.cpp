@@ -5,12 +5,12 @@
 
 namespace Varnex {
 
-void BlockReceiver::take(Receiver& from) {
+void BlockReceiver::take(Receiver& from, bool hasEnd) {
     int n = kBlockSize;
     const bool received = from.receive(block_.get(), n);
     begin_ = 0;
     end_ = received ? n : 0;
-    atEnd_ = !received ? End::Failed : n == 0 ? End::OfStream : End::None;
+    atEnd_ = !received ? End::Failed : n == 0 && hasEnd ? End::OfStream : End::None;
 }
 
 bool BlockReceiver::receive(void* data, int& n) {

@@ -16,8 +16,9 @@ public:
 
     BlockReceiver() : block_(std::make_unique_for_overwrite<char[]>(kBlockSize)) {}
 
-    /// Takes a block from a connection that has data or is at its end.
-    void take(Receiver& from);
+    /// Takes a block from a connection that has data or is at its end; without `hasEnd`, nothing is just nothing.
+    void take(Receiver& from, bool hasEnd);
+    void clear() { begin_ = end_ = 0; }
 
     [[nodiscard]] bool isEmpty() const { return begin_ == end_; }
 

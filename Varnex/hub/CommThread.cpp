@@ -15,12 +15,14 @@ constexpr std::chrono::seconds kBreakAgain{1};
 
 MultiCommunicator::CommThread::CommThread(MultiCommunicator* owner, Communicator* connection)
     : owner_(owner), communicator_(connection), number_(++owner->lastNumber_), thread_(this, &CommThread::recvThread) {
+    bool started = false;
     {
         const Zendro::MutexLock lock(owner_->queueMutex_);
         readyPosition_ = owner_->readyQueue_.end();
-        ended_ = !thread_.start();
+        started = thread_.start();
+        ended_ = !started;
     }
-    if (ended_) reportLost(LostReason::ReceiveFailed);
+    if (!started) reportLost(LostReason::ReceiveFailed);
 }
 
 MultiCommunicator::CommThread::~CommThread() {
@@ -63,12 +65,25 @@ int MultiCommunicator::CommThread::recvThread() {
     return 0;
 }
 
+bool MultiCommunicator::CommThread::retire(LostReason reason) {
+    const Zendro::MutexLock lock(owner_->queueMutex_);
+    if (owner_->currentThread_ == this) {
+        reason_ = reason;
+        lost_ = false;
+        return false;
+    }
+    owner_->unqueue(*this);
+    stopping_ = true;  // so that the consumer cannot get it any more
+    return true;
+}
+
 void MultiCommunicator::CommThread::requestStop() {
     {
         const Zendro::MutexLock lock(owner_->queueMutex_);
         owner_->unqueue(*this);
-        if (stopping_) return;
         stopping_ = true;
+        if (stopRequested_) return;
+        stopRequested_ = true;
         if (ended_) return;
     }
     communicator_->breakWait();

@@ -6,6 +6,7 @@
 #include <Zendro/Semaphore.h>
 
 #include <atomic>
+#include <optional>
 
 namespace Varnex {
 
@@ -38,6 +39,8 @@ private:
     friend class MultiCommunicator;
 
     int recvThread();
+    /// Readies a lost connection for being taken out. False, and it is lost again later, when the consumer has it.
+    bool retire(LostReason reason);
     void requestStop();
     void awaitEnd();
 
@@ -46,11 +49,13 @@ private:
     const unsigned long long number_;
     Zendro::Semaphore resumeSemaphore_;
     SendCounters counters_;
-    std::atomic<bool> lost_ = false;
+    std::atomic<bool> lost_ = false;  // and the monitor knows
 
     // Guarded by the hub's queueMutex_.
     Connections::iterator readyPosition_;  // the queue's end while not queued
-    bool stopping_ = false;
+    std::optional<LostReason> reason_;     // of a loss that the consumer did not know of yet
+    bool stopping_ = false;                // reports nothing any more
+    bool stopRequested_ = false;
     bool ended_ = false;
 
     int breaks_ = 0;                           // wake-ups given to the connection

@@ -1,5 +1,8 @@
 #include <Varnex/hub/ConnectionMonitor.h>
 
+#include <Varnex/transport/PrintLine.h>
+
+#include <algorithm>
 #include <utility>
 
 namespace Varnex {
@@ -21,7 +24,9 @@ void ConnectionMonitor::setLostCallback(MultiCommunicator::LostCallback callback
 void ConnectionMonitor::start() {
     if (!enabled_) return;
     const Zendro::MutexLock lock(mutex_);
-    if (!running_) running_ = thread_.start();
+    if (running_) return;
+    thread_.join();  // an earlier run that ended while one of its callbacks ran
+    running_ = thread_.start();
 }
 
 void ConnectionMonitor::stop() {
@@ -43,9 +48,19 @@ void ConnectionMonitor::lost(unsigned long long number, Communicator* connection
     post({connection, true, reason, number, nullptr, false});
 }
 
-void ConnectionMonitor::dropped(std::unique_ptr<Communicator> connection, LostReason reason, bool isTold) {
+void ConnectionMonitor::dropped(unsigned long long number, std::unique_ptr<Communicator> connection, LostReason reason,
+                                bool isKnown) {
     Communicator* const raw = connection.get();
-    post({raw, true, reason, 0, std::move(connection), isTold});
+    if (isKnown) {
+        const Zendro::MutexLock lock(mutex_);
+        const auto known = std::find_if(news_.begin(), news_.end(),
+                                        [=](const News& each) { return each.isLost && each.number == number; });
+        if (known != news_.end()) {
+            known->owner = std::move(connection);
+            return;
+        }
+    }
+    post({raw, true, reason, number, std::move(connection), isKnown});
 }
 
 void ConnectionMonitor::post(News news) {
@@ -65,7 +80,12 @@ int ConnectionMonitor::main() {
         News next = std::move(news_.front());
         news_.pop_front();
         mutex_.unlock();
-        tell(next);
+        try {
+            tell(next);
+        } catch (...) {
+            printCaughtException();
+        }
+        next.owner.reset();
         mutex_.lock();
     }
     mutex_.unlock();
@@ -78,7 +98,8 @@ void ConnectionMonitor::tell(News& news) {
         return;
     }
     if (news.owner == nullptr && hub_.deleteLost_) {
-        if (!hub_.detachLost(news.number)) return;  // removed meanwhile: it is somebody else's
+        // Removed meanwhile, it is somebody else's; in the consumer's hands, it is lost again later.
+        if (!hub_.detachLost(news.number, news.reason)) return;
         news.owner.reset(news.connection);
         if (hub_.detachedHook_) hub_.detachedHook_(news.connection);
     }

@@ -33,8 +33,8 @@ public:
     // From any thread, also with locks of the hub held.
     void connected(Communicator* connection);
     void lost(unsigned long long number, Communicator* connection, LostReason reason);
-    /// Deletes the connection in the end; `isTold`: its loss was told already.
-    void dropped(std::unique_ptr<Communicator> connection, LostReason reason, bool isTold);
+    /// Deletes the connection in the end; `isKnown`: it was `lost` already.
+    void dropped(unsigned long long number, std::unique_ptr<Communicator> connection, LostReason reason, bool isKnown);
 
 private:
     struct News {

@@ -81,6 +81,7 @@ void MultiCommunicator::reportLost(CommThread& thread, LostReason reason) {
     {
         const Zendro::MutexLock lock(queueMutex_);
         if (thread.stopping_) return;
+        reason = thread.reason_.value_or(reason);
     }
     if (!thread.lost_.exchange(true)) monitor_->lost(thread.number_, thread.communicator_, reason);
 }

@@ -1,7 +1,9 @@
 #include <Varnex/hub/HubReader.h>
 
 #include <Varnex/hub/BlockReceiver.h>
+#include <Varnex/hub/ConnectionEnd.h>
 #include <Varnex/transport/Communicator.h>
+#include <Varnex/transport/PrintLine.h>
 
 #include <algorithm>
 #include <set>
@@ -42,7 +44,8 @@ bool HubReader::readChosen(News& news) {
     if (chosen_ == nullptr) return false;
     auto result = chosen_->reader.read(0);
     while (result.status == EventReader::Status::TimedOut && !block_->isEmpty()) result = chosen_->reader.read(0);
-    if (result.status == EventReader::Status::TimedOut) {
+    if (result.status == EventReader::Status::Broken && chosen_->isDatagrams) skipDatagram();
+    if (chosen_ == nullptr || result.status == EventReader::Status::TimedOut) {
         chosen_ = nullptr;
         return false;
     }
@@ -51,8 +54,7 @@ bool HubReader::readChosen(News& news) {
     if (news.what == What::Closed || news.what == What::Broken) {
         chosen_ = nullptr;
         sources_.erase(chosenNumber_);
-        hub_.dropCommunicator(news.connection,
-                              news.what == What::Closed ? LostReason::PeerClosed : LostReason::ReceiveFailed);
+        hub_.dropNumber(news.number, news.what == What::Closed ? LostReason::PeerClosed : LostReason::ReceiveFailed);
     }
     return true;
 }
@@ -65,11 +67,24 @@ bool HubReader::choose() {
     chosenNumber_ = hub_.getCurrentNumber();
     if (chosenNumber_ == 0) return true;  // taken out of the hub meanwhile
     forgetGone();
-    const auto [found, isNew] = sources_.try_emplace(chosenNumber_, Source{connection, EventReader(block_.get())});
+    const bool isDatagrams = isDatagramChannel(connection);
+    const auto [found, isNew] =
+        sources_.try_emplace(chosenNumber_, Source{connection, EventReader(block_.get()), isDatagrams});
     chosen_ = &found->second;
-    if (isNew) chosen_->reader.setMaxLength(maxLength_);
-    block_->take(*connection);
+    if (isNew || isDatagrams) startReader(*chosen_);
+    block_->take(*connection, !isDatagrams);
     return true;
+}
+
+void HubReader::startReader(Source& source) {
+    source.reader = EventReader(block_.get());
+    source.reader.setMaxLength(maxLength_);
+}
+
+void HubReader::skipDatagram() {
+    printError("ERROR: Got a datagram that is not one Varnex event");
+    block_->clear();
+    chosen_ = nullptr;
 }
 
 /// Connections that left the hub by another way; looked for only when there are many more than the hub has.

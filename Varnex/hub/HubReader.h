@@ -15,7 +15,8 @@ class BlockReceiver;
 ///
 /// A connection that sent part of an event holds up nobody; the rest is awaited by the hub. One whose stream ends or
 /// cannot be read on is dropped from the hub, which deletes it; nothing else need be done. The connections take turns,
-/// a block of some 64 KiB each, so nobody else may read from them. One thread; the hub outlives the reader.
+/// a block of some 64 KiB each, so nobody else may read from them. Of a datagram channel each datagram is one event;
+/// what is none is skipped, after an ERROR line. One thread; the hub outlives the reader.
 ///
 ///     HubReader reader(hub);
 ///     for (auto news = reader.read(); news.what != HubReader::What::Woken; news = reader.read())
@@ -32,11 +33,12 @@ public:
     struct News {
         What what = What::Woken;
         std::unique_ptr<Varnex::Event> event;  ///< with `Event` only
-        Communicator* connection = nullptr;    ///< with `Closed` and `Broken` only to compare with
-        unsigned long long number = 0;         ///< of the connection, see `MultiCommunicator::ConnectionStatus`
-        std::string reason;                    ///< with `Broken`: why
-        short typeID = -1;                     ///< with `Event` and `Unknown`
-        std::size_t length = 0;                ///< bytes of it, header included
+        /// With `Closed`, `Broken` and `setDeleteLost` only to compare with.
+        Communicator* connection = nullptr;
+        unsigned long long number = 0;  ///< of the connection, see `MultiCommunicator::ConnectionStatus`
+        std::string reason;             ///< with `Broken`: why
+        short typeID = -1;              ///< with `Event` and `Unknown`
+        std::size_t length = 0;         ///< bytes of it, header included
     };
 
     explicit HubReader(MultiCommunicator& hub);
@@ -53,10 +55,13 @@ private:
     struct Source {
         Communicator* connection;
         EventReader reader;
+        bool isDatagrams;
     };
 
     bool choose();
     [[nodiscard]] bool readChosen(News& news);
+    void startReader(Source& source);
+    void skipDatagram();
     void forgetGone();
 
     MultiCommunicator& hub_;

@@ -34,6 +34,20 @@ bool isLoopback(const std::string& host) {
     return host.starts_with("127.") || host == "::1";
 }
 
+/// Marks the present thread's dials as the hub's own while it lives.
+class HubsOwnDial {
+public:
+    HubsOwnDial() { underWay_ = true; }
+    ~HubsOwnDial() { underWay_ = false; }
+    HubsOwnDial(const HubsOwnDial&) = delete;
+    HubsOwnDial& operator=(const HubsOwnDial&) = delete;
+
+    static bool isUnderWay() { return underWay_; }
+
+private:
+    static inline thread_local bool underWay_ = false;
+};
+
 bool opens(Client& client, const SocketAddress& address) {
     try {
         client.open(address);
@@ -44,6 +58,18 @@ bool opens(Client& client, const SocketAddress& address) {
 }
 
 }  // namespace
+
+/// One connection attempt, from `beginDial` on.
+class MultiClient::Dial {
+public:
+    explicit Dial(MultiClient& hub) : hub_(hub) {}
+    ~Dial() { hub_.endDial(); }
+    Dial(const Dial&) = delete;
+    Dial& operator=(const Dial&) = delete;
+
+private:
+    MultiClient& hub_;
+};
 
 MultiClient::MultiClient(long mask) : mask_(mask) {
     prepareDiscovery(multicast_);
@@ -59,21 +85,25 @@ bool MultiClient::open() {
     if (!MultiCommunicator::open()) return false;
     if (!multicast_.open()) return true;
     discoveryThread_ = std::make_unique<Zendro::ObjectThread<MultiClient>>(this, &MultiClient::connectThread);
-    discoveryThread_->start();
+    if (!discoveryThread_->start()) discoveryThread_.reset();
     return true;
 }
 
 bool MultiClient::close() {
     stopDialling();
-    {
-        const Zendro::MutexLock lock(connectionsMutex_);
-        connections_.clear();
-    }
     const bool multicastClosed = multicast_.close();
-    return MultiCommunicator::close() && multicastClosed;
+    const bool closed = MultiCommunicator::close();
+    const Zendro::MutexLock lock(connectionsMutex_);
+    closing_ = false;
+    return closed && multicastClosed;
 }
 
+/// Breaks off what is under way, refuses what begins from now on, and forgets which connection is whose.
 void MultiClient::stopDialling() {
+    {
+        const Zendro::MutexLock lock(connectionsMutex_);
+        closing_ = true;
+    }
     const bool cancelled = cancel_.open() && cancel_.wake();
     if (discoveryThread_ != nullptr) {
         multicast_.breakWait();
@@ -82,6 +112,9 @@ void MultiClient::stopDialling() {
         drainWakeUps(multicast_);
     }
     if (redialler_ != nullptr) redialler_->stop();
+    const Zendro::MutexLock lock(connectionsMutex_);
+    while (dials_ > 0) dialEnded_.wait(connectionsMutex_);
+    connections_.clear();
     if (cancelled) cancel_.consume();
 }
 
@@ -129,6 +162,7 @@ bool MultiClient::receiveAnnouncement() {
     const auto* const info = dynamic_cast<const ServerInfoEvent*>(event.get());
     if (info == nullptr || info->getStatus() != kServing) return alive;
     if (!match(info->getMask(), mask_, info->getId(), id_)) return alive;
+    const HubsOwnDial own;
     try {
         follow(*info);
     } catch (...) {
@@ -158,7 +192,9 @@ bool MultiClient::connectToServer(const std::string& host, unsigned short port) 
     std::unique_ptr<Client> client;
     for (const SocketAddress& address : addresses) {
         const std::string key = keyOf(address.getHostAddress(), address.getServicePort());
-        if (isConnected(key)) return true;
+        bool connected = false;
+        if (!beginDial(key, connected)) return connected;
+        const Dial dial(*this);
         if (client == nullptr) client = makeClient();
         if (opens(*client, address)) return keep(std::move(client), key);
     }
@@ -167,14 +203,25 @@ bool MultiClient::connectToServer(const std::string& host, unsigned short port) 
 
 std::unique_ptr<Client> MultiClient::makeClient() {
     auto client = std::make_unique<Client>();
-    client->setConnectTimeout(connectTimeoutMs_);
+    const int unset = HubsOwnDial::isUnderWay() ? kDefaultConnectTimeout : 0;
+    client->setConnectTimeout(connectTimeoutMs_ < 0 ? unset : connectTimeoutMs_);
     if (cancel_.open()) client->setConnectCancel(cancel_.readEnd());
     return client;
 }
 
-bool MultiClient::isConnected(const std::string& key) const {
+/// False when there is nothing to dial: the server is connected, or the hub is being closed.
+bool MultiClient::beginDial(const std::string& key, bool& connected) {
     const Zendro::MutexLock lock(connectionsMutex_);
-    return connections_.count(key) > 0;
+    connected = connections_.count(key) > 0;
+    if (connected || closing_) return false;
+    ++dials_;
+    return true;
+}
+
+void MultiClient::endDial() {
+    const Zendro::MutexLock lock(connectionsMutex_);
+    --dials_;
+    dialEnded_.notify_all();
 }
 
 /// Adds the connection, unless another thread has connected to the same server meanwhile.
@@ -183,6 +230,7 @@ bool MultiClient::keep(std::unique_ptr<Client> client, const std::string& key) {
     client->setConnectCancel(-1);
     client->setTcpNoDelay(tcpNoDelay_);
     const Zendro::MutexLock lock(connectionsMutex_);
+    if (closing_) return false;
     if (connections_.count(key) > 0) return true;
     if (!addCommunicator(client.get())) {
         client->close();
@@ -195,8 +243,8 @@ bool MultiClient::keep(std::unique_ptr<Client> client, const std::string& key) {
 
 bool MultiClient::disconnectFromServer(const std::string& host, unsigned short port) {
     const InetAddress address = InetAddress::getByName(host);
+    if (redialler_ != nullptr) redialler_->forget(address.isValid() ? address.getHostAddress() : host, port);
     if (!address.isValid()) return false;
-    if (redialler_ != nullptr) redialler_->forget(address.getHostAddress(), port);
     const Zendro::MutexLock lock(connectionsMutex_);
     const auto found = connections_.find(keyOf(address.getHostAddress(), port));
     if (found == connections_.end()) return false;
@@ -208,10 +256,23 @@ bool MultiClient::disconnectFromServer(const std::string& host, unsigned short p
     return true;
 }
 
+/// Of a server that was dialled again while `disconnectFromServer` gave it up.
+void MultiClient::giveUp(const std::string& host, unsigned short port) {
+    connectionsMutex_.lock();
+    const auto found = connections_.find(keyOf(host, port));
+    Communicator* const connection = found == connections_.end() ? nullptr : found->second;
+    connectionsMutex_.unlock();
+    if (connection != nullptr) dropCommunicator(connection);
+}
+
 void MultiClient::setReconnect(int minMs, int maxMs) {
     if (redialler_ == nullptr)
         redialler_ = std::make_unique<Redialler>(
-            [this](const std::string& host, unsigned short port) { return connectToServer(host, port); });
+            [this](const std::string& host, unsigned short port) {
+                const HubsOwnDial own;
+                return connectToServer(host, port);
+            },
+            [this](const std::string& host, unsigned short port) { giveUp(host, port); });
     redialler_->setPauses(Redialler::Milliseconds(minMs), Redialler::Milliseconds(maxMs));
     setDeleteLost(true);
 }

@@ -7,6 +7,7 @@
 
 #include <Zendro/ObjectThread.h>
 
+#include <condition_variable>
 #include <functional>
 #include <map>
 #include <memory>
@@ -22,11 +23,12 @@ class SocketAddress;
 /// A hub that dials servers, given by host and port or found by multicast, and keeps one connection to each.
 ///
 /// It looks for `MultiServer`s that share a bit of the mask and have the ID, and connects to all. Discovery is no
-/// protection: anyone on the network can announce any host and port, see `setAcceptAnnouncement`. The settings hold for
-/// the next `open`; whoever opens also closes, and a subclass that overrides an operation closes in its own destructor.
+/// protection: anyone on the network can announce any host and port, see `setAcceptAnnouncement`. Settings are made
+/// while it is closed; whoever opens also closes, and a subclass that overrides an operation closes in its own
+/// destructor.
 class VARNEX_API MultiClient : public MultiCommunicator {
 public:
-    /// Milliseconds that each connection attempt may take.
+    /// Milliseconds that each connection attempt of the hub's own may take, unless set otherwise.
     static constexpr int kDefaultConnectTimeout = 5000;
 
     /// The low 32 bits of the mask count.
@@ -43,7 +45,8 @@ public:
     bool open() override;
 
     /// Connects to the first address of the host that answers; true at once when there is a connection to one of them.
-    /// Any thread, also without `open`. False when the host cannot be resolved or nothing answers.
+    /// Any thread, also without `open`, though not an override of `addCommunicator`. False when the host cannot be
+    /// resolved, nothing answers, or the hub is closed meanwhile.
     virtual bool connectToServer(const std::string& host, unsigned short port);
 
     /// Closes and deletes the connection to the host's first IPv4 address. False when there is none; so one over IPv6
@@ -65,7 +68,8 @@ public:
     /// Whether connections send small packets at once; false at first.
     void setTcpNoDelay(bool on) { tcpNoDelay_ = on; }
 
-    /// 0: the system's limit, often two minutes.
+    /// For every connection attempt, milliseconds; 0: the system's limit, often two minutes. Until it is called only
+    /// attempts that the hub makes by itself are limited.
     void setConnectTimeout(int ms) { connectTimeoutMs_ = ms; }
 
     /// Where to discover, by address or name: one interface or several instead of the one that carries the host's own
@@ -86,15 +90,19 @@ public:
     void setReconnect(int minMs, int maxMs);
 
 private:
+    class Dial;
+
     int connectThread();
     [[nodiscard]] bool receiveAnnouncement();
     void follow(const ServerInfoEvent& info);
 
-    [[nodiscard]] bool isConnected(const std::string& key) const;
     [[nodiscard]] std::unique_ptr<Client> makeClient();
     [[nodiscard]] bool keep(std::unique_ptr<Client> client, const std::string& key);
     void forget(Communicator* connection, bool redial);
     void stopDialling();
+    [[nodiscard]] bool beginDial(const std::string& key, bool& connected);
+    void endDial();
+    void giveUp(const std::string& host, unsigned short port);
 
     double queryDuration_ = 0.0;
     long mask_;
@@ -106,7 +114,10 @@ private:
     std::map<std::string, Communicator*> connections_ VARNEX_GUARDED_BY(connectionsMutex_);
     bool tcpNoDelay_ = false;
 
-    int connectTimeoutMs_ = kDefaultConnectTimeout;
+    bool closing_ VARNEX_GUARDED_BY(connectionsMutex_) = false;
+    int dials_ VARNEX_GUARDED_BY(connectionsMutex_) = 0;  // under way
+    std::condition_variable_any dialEnded_;
+    int connectTimeoutMs_ = -1;  // not set
     bool preferSource_ = false;
     AcceptAnnouncement acceptAnnouncement_;
     WakeUpPipe cancel_;  // readable while connection attempts are broken off

@@ -26,7 +26,11 @@ bool MultiCommunicator::open() {
 }
 
 bool MultiCommunicator::close() {
-    monitor_->stop();
+    {
+        const Zendro::MutexLock lock(listMutex_);
+        closing_ = true;
+    }
+    monitor_->stop();  // without the lock, which its callbacks may want
     const Zendro::MutexLock lock(listMutex_);
     stopAll();
     for (CommThread* const each : std::exchange(commThreads_, {})) {
@@ -34,6 +38,7 @@ bool MultiCommunicator::close() {
         delete each;
     }
     writer_.reset();
+    closing_ = false;
     return true;
 }
 
@@ -44,53 +49,80 @@ void MultiCommunicator::stopAll() {
 
 bool MultiCommunicator::addCommunicator(Communicator* connection) {
     const Zendro::MutexLock lock(listMutex_);
-    monitor_->start();
-    monitor_->connected(connection);  // before its thread can report its loss
+    if (!closing_) monitor_->start();
+    if (!closing_) monitor_->connected(connection);  // before its thread can report its loss
     commThreads_.push_back(createCommThread(this, connection));
     return true;
 }
 
 MultiCommunicator::CommThread* MultiCommunicator::createCommThread(MultiCommunicator* owner, Communicator* connection) {
-    if (policy_.mode == SendPolicy::Queue)
-        if (NonBlockingSender* const target = nonBlockingSenderOf(connection))
-            return new QueuedCommThread(owner, connection, *target, policy_, writer());
+    NonBlockingSender* const target = nonBlockingSenderOf(connection);
+    if (policy_.mode == SendPolicy::Queue && target != nullptr && startWriter())
+        return new QueuedCommThread(owner, connection, *target, policy_, *writer_);
     return new CommThread(owner, connection);
 }
 
-SendWriter& MultiCommunicator::writer() {
-    if (writer_ == nullptr) writer_ = std::make_unique<SendWriter>();
-    return *writer_;
+bool MultiCommunicator::startWriter() {
+    if (writer_ != nullptr) return true;
+    auto writer = std::make_unique<SendWriter>();
+    if (writer->start()) writer_ = std::move(writer);
+    return writer_ != nullptr;
 }
 
 void MultiCommunicator::removeCommunicator(Communicator* connection) {
     detach(connection);
 }
 
-bool MultiCommunicator::detach(const Communicator* connection, bool* wasLost) {
-    return detachFirst([=](const CommThread& each) { return each.getCommunicator() == connection; }, wasLost);
-}
-
-template <class Matches>
-bool MultiCommunicator::detachFirst(Matches matches, bool* wasLost) {
+bool MultiCommunicator::detach(const Communicator* connection) {
     const Zendro::MutexLock lock(listMutex_);
-    const auto found =
-        std::find_if(commThreads_.begin(), commThreads_.end(), [&](const CommThread* each) { return matches(*each); });
-    if (found == commThreads_.end()) return false;
-    if (wasLost != nullptr) *wasLost = (*found)->lost_;
-    delete *found;
-    commThreads_.erase(found);
-    return true;
+    return take(find(connection)).connection != nullptr;
 }
 
-bool MultiCommunicator::detachLost(unsigned long long number) {
-    return detachFirst([=](const CommThread& each) { return each.number_ == number; });
+MultiCommunicator::Connections::iterator MultiCommunicator::find(const Communicator* connection) {
+    return std::find_if(commThreads_.begin(), commThreads_.end(),
+                        [=](const CommThread* each) { return each->getCommunicator() == connection; });
+}
+
+MultiCommunicator::Connections::iterator MultiCommunicator::find(unsigned long long number) {
+    return std::find_if(commThreads_.begin(), commThreads_.end(),
+                        [=](const CommThread* each) { return each->number_ == number; });
+}
+
+/// Stops watching; an empty result when there is nothing at that place.
+MultiCommunicator::Detached MultiCommunicator::take(Connections::iterator place) {
+    if (place == commThreads_.end()) return {};
+    const Detached taken{(*place)->getCommunicator(), (*place)->number_, (*place)->lost_};
+    delete *place;
+    commThreads_.erase(place);
+    return taken;
+}
+
+/// Takes a lost connection out, unless the consumer has it: then its end is reported once it is handed back.
+bool MultiCommunicator::detachLost(unsigned long long number, LostReason reason) {
+    const Zendro::MutexLock lock(listMutex_);
+    const auto place = find(number);
+    return place != commThreads_.end() && (*place)->retire(reason) && take(place).connection != nullptr;
 }
 
 bool MultiCommunicator::dropCommunicator(Communicator* connection, LostReason reason) {
-    bool wasLost = false;
-    if (!detach(connection, &wasLost)) return false;
-    if (detachedHook_) detachedHook_(connection);
-    monitor_->dropped(std::unique_ptr<Communicator>(connection), reason, wasLost);
+    listMutex_.lock();
+    const Detached taken = take(find(connection));
+    listMutex_.unlock();
+    return give(taken, reason);
+}
+
+bool MultiCommunicator::dropNumber(unsigned long long number, LostReason reason) {
+    listMutex_.lock();
+    const Detached taken = take(find(number));
+    listMutex_.unlock();
+    return give(taken, reason);
+}
+
+/// To the monitor, which tells and deletes.
+bool MultiCommunicator::give(const Detached& taken, LostReason reason) {
+    if (taken.connection == nullptr) return false;
+    if (detachedHook_) detachedHook_(taken.connection);
+    monitor_->dropped(taken.number, std::unique_ptr<Communicator>(taken.connection), reason, taken.wasLost);
     return true;
 }
 

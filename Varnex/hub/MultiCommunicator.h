@@ -104,8 +104,12 @@ public:
     /// else has removed it and it is theirs.
     bool dropCommunicator(Communicator* connection, LostReason reason = LostReason::Dropped);
 
+    /// The same by the number, which is never given to another connection.
+    bool dropNumber(unsigned long long number, LostReason reason = LostReason::Dropped);
+
     // The settings below are for the time before the first connection. The callbacks run one after the other on a
-    // thread of the hub that holds no lock. They may call everything but `close`, and must not delete the hub.
+    // thread of the hub that holds no lock. They may call everything but `close`, and must not delete the hub. What
+    // they throw is printed.
 
     /// Removes and deletes a lost connection at once, without reporting its end to the consumer. Only the hub deletes
     /// then: the application calls `dropCommunicator`. Off at first.
@@ -114,7 +118,7 @@ public:
     using ConnectedCallback = std::function<void(Communicator*)>;
     using LostCallback = std::function<void(Communicator*, LostReason)>;
 
-    /// After a connection was added.
+    /// After a connection was added. It may be lost, or removed by the application, by then.
     void setConnectedCallback(ConnectedCallback callback);
 
     /// Once for each lost connection; not for those that `removeCommunicator` and `close` take away. By `setDeleteLost`
@@ -125,16 +129,23 @@ protected:
     /// Is told of each connection that `setDeleteLost` or `dropCommunicator` has taken out, before it is lost.
     void setDetachedHook(std::function<void(Communicator*)> hook);
 
-    /// Like `removeCommunicator`; false when the connection is not there. `wasLost`: whether its loss was told already.
-    bool detach(const Communicator* connection, bool* wasLost = nullptr) VARNEX_EXCLUDES(listMutex_);
+    /// Like `removeCommunicator`; false when the connection is not there.
+    bool detach(const Communicator* connection) VARNEX_EXCLUDES(listMutex_);
 
 private:
     friend class ConnectionMonitor;
 
     using Connections = std::list<CommThread*>;
 
-    template <class Matches>
-    bool detachFirst(Matches matches, bool* wasLost = nullptr) VARNEX_EXCLUDES(listMutex_);
+    struct Detached {
+        Communicator* connection = nullptr;
+        unsigned long long number = 0;
+        bool wasLost = false;
+    };
+    Connections::iterator find(const Communicator* connection) VARNEX_REQUIRES(listMutex_);
+    Connections::iterator find(unsigned long long number) VARNEX_REQUIRES(listMutex_);
+    Detached take(Connections::iterator place) VARNEX_REQUIRES(listMutex_);
+    bool give(const Detached& taken, LostReason reason) VARNEX_EXCLUDES(listMutex_);
     template <class Selects>
     bool sendToSelected(Selects selects, const void* data, int& length) VARNEX_EXCLUDES(listMutex_);
     void stopAll() VARNEX_REQUIRES(listMutex_);
@@ -147,15 +158,16 @@ private:
     void handBack() VARNEX_REQUIRES(queueMutex_);
 
     // For `ConnectionMonitor`.
-    bool detachLost(unsigned long long number) VARNEX_EXCLUDES(listMutex_);
+    bool detachLost(unsigned long long number, LostReason reason) VARNEX_EXCLUDES(listMutex_);
 
-    SendWriter& writer();
+    bool startWriter();
 
     // Lock order: listMutex_ before queueMutex_.
     mutable Zendro::Mutex listMutex_ VARNEX_ACQUIRED_BEFORE(queueMutex_);
     Connections commThreads_ VARNEX_GUARDED_BY(listMutex_);
     std::atomic<unsigned long long> lastNumber_ = 0;
     SendPolicy policy_;  // set under listMutex_
+    bool closing_ VARNEX_GUARDED_BY(listMutex_) = false;
 
     mutable Zendro::Mutex queueMutex_;
     Connections readyQueue_ VARNEX_GUARDED_BY(queueMutex_);

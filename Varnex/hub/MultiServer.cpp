@@ -37,6 +37,7 @@ bool MultiServer::open(const std::string& host, unsigned short port, bool announ
     if (!MultiCommunicator::open()) return false;
     try {
         server_.open(host, port);
+        static_cast<void>(server_.waitForClient(0));  // what it needs to wait is made now or never
     } catch (const Exception& failure) {
         printError(std::string("ERROR: ") + failure.what());
         MultiCommunicator::close();
@@ -53,7 +54,7 @@ bool MultiServer::open(const std::string& host, unsigned short port, bool announ
     if (announce && multicast_.open()) {
         fillInfo();
         announceThread_ = std::make_unique<Loop>(this, &MultiServer::multicastThread);
-        announceThread_->start();
+        if (!announceThread_->start()) announceThread_.reset();
     }
     return true;
 }
@@ -138,7 +139,6 @@ bool MultiServer::pauseAfter(const IOException& failure) {
 
 int MultiServer::multicastThread() {
     using Clock = std::chrono::steady_clock;
-    info_.setStatus(kServing);
     info_.send(&multicast_);
     auto answered = Clock::time_point();
     bool alive = true;
@@ -155,6 +155,7 @@ int MultiServer::multicastThread() {
 }
 
 void MultiServer::fillInfo() {
+    info_.setStatus(kServing);
     info_.setMask(mask_);
     info_.setId(static_cast<short>(id_));
     info_.setHostName(InetAddress::getLocalHostName());
@@ -163,10 +164,14 @@ void MultiServer::fillInfo() {
 }
 
 std::string MultiServer::hostToAnnounce() const {
-    if (!announcedHost_.empty()) {
-        const InetAddress named = InetAddress::getByName(announcedHost_);
-        return named.isValid() ? named.getHostAddress() : announcedHost_;  // what it does not know may be IPv6
-    }
+    if (!announcedHost_.empty()) try {
+            std::vector<SocketAddress> all;
+            SocketAddress::resolve(announcedHost_, "", SocketAddress::NoFlags, SocketAddress::Stream,
+                                   SocketAddress::TCP, all);
+            return all.at(0).getHostAddress();
+        } catch (const Exception& failure) {
+            printError("ERROR: Cannot announce " + announcedHost_ + " (" + failure.what() + ")");
+        }
     return (interfaceAddress_.isValid() ? interfaceAddress_ : InetAddress::getLocalHost()).getHostAddress();
 }
 

@@ -21,7 +21,7 @@ class IOException;
 ///
 /// It announces itself with a `ServerInfoEvent` when it opens, answers `ServerInfoQueryEvent`s that share a bit of the
 /// mask and have the ID, and says farewell when it closes. Discovery is no protection: anyone on the network can ask,
-/// and connect. The settings hold for the next `open`; whoever opens also closes, and a subclass that overrides an
+/// and connect. Settings are made while it is closed; whoever opens also closes, and a subclass that overrides an
 /// operation closes in its own destructor.
 class VARNEX_API MultiServer : public MultiCommunicator {
 public:
@@ -45,7 +45,7 @@ public:
     [[nodiscard]] bool isAnnouncing() const { return announceThread_ != nullptr; }
     /// The bound port; throws `Exception` before the first `open`.
     [[nodiscard]] unsigned short getLocalPort() const { return server_.getLocalPort(); }
-    /// What is announced.
+    /// What is announced, from `open` on.
     [[nodiscard]] const ServerInfoEvent& getInfo() const { return info_; }
 
     [[nodiscard]] long getMask() const { return mask_; }
@@ -66,8 +66,12 @@ public:
     bool setDiscoveryInterfaces(const std::vector<std::string>& addressesOrNames);
     bool setDiscoveryInterface(const std::string& addressOrName) { return setDiscoveryInterfaces({addressOrName}); }
 
-    /// The numeric address or the name of this host that clients shall connect to; empty: as above.
+    /// The numeric address that clients shall connect to, or a name, whose first address `open` looks up; empty: as
+    /// above. Clients do not look names up.
     void setAnnouncedHost(const std::string& host) { announcedHost_ = host; }
+
+    /// See `Server::setBacklog`.
+    void setBacklog(int connections) { server_.setBacklog(connections); }
 
     /// Queries that come faster than this, milliseconds, are answered once; 0, the default: each.
     void setMinimumAnswerInterval(int ms) { answerIntervalMs_ = ms; }
@@ -75,7 +79,6 @@ public:
 private:
     int connectThread();
     [[nodiscard]] bool acceptOne(std::unique_ptr<Client>& refused);
-    [[nodiscard]] std::unique_ptr<Client> accept();
     [[nodiscard]] bool isUsable(Client& client);
     [[nodiscard]] bool pauseAfter(const IOException& failure);
 

@@ -22,7 +22,9 @@ void Redialler::add(const std::string& host, unsigned short port) {
     const Zendro::MutexLock lock(mutex_);
     if (!allowed_ || stopping_) return;
     if (!running_) running_ = thread_.start();
-    plans_[{host, port}] = {after(smallest_), smallest_};
+    Plan& known = plans_[{host, port}];
+    if (known.isConnected && Clock::now() - known.next > largest_) known.pause = Milliseconds(0);  // it had settled
+    plan(known);
     changed_.notify_all();
 }
 
@@ -45,17 +47,24 @@ void Redialler::clear(bool stopping) {
     changed_.notify_all();
 }
 
-Redialler::Clock::time_point Redialler::after(Milliseconds pause) {
-    const auto least = pause / 2;
-    return Clock::now() +
-           std::uniform_int_distribution<Milliseconds::rep>(least.count(), pause.count())(random_) * Milliseconds(1);
+void Redialler::plan(Plan& plan) {
+    plan.isConnected = false;
+    plan.pause = std::clamp(2 * plan.pause, smallest_, largest_);
+    using Distribution = std::uniform_int_distribution<Milliseconds::rep>;
+    plan.next = Clock::now() + Milliseconds(Distribution(plan.pause.count() / 2, plan.pause.count())(random_));
+}
+
+std::map<Redialler::Server, Redialler::Plan>::iterator Redialler::nextToDial() {
+    auto next = plans_.end();
+    for (auto each = plans_.begin(); each != plans_.end(); ++each)
+        if (!each->second.isConnected && (next == plans_.end() || each->second.next < next->second.next)) next = each;
+    return next;
 }
 
 int Redialler::main() {
     mutex_.lock();
     while (running_) {
-        const auto next = std::min_element(plans_.begin(), plans_.end(),
-                                           [](const auto& a, const auto& b) { return a.second.next < b.second.next; });
+        const auto next = nextToDial();
         if (next == plans_.end()) {
             changed_.wait(mutex_);
         } else if (next->second.next > Clock::now()) {
@@ -79,15 +88,15 @@ void Redialler::dialAndPlan(const Server& server) {
     } catch (...) {
         printCaughtException();
     }
-    const Zendro::MutexLock lock(mutex_);
-    const auto plan = plans_.find(server);
-    if (plan == plans_.end()) return;
-    if (connected) {
-        plans_.erase(plan);
-        return;
-    }
-    plan->second.pause = std::min(2 * plan->second.pause, largest_);
-    plan->second.next = after(plan->second.pause);
+    mutex_.lock();
+    const auto known = plans_.find(server);
+    const bool isWanted = known != plans_.end();
+    if (isWanted && !connected) plan(known->second);
+    if (isWanted && connected) known->second.isConnected = true;
+    if (isWanted && connected) known->second.next = Clock::now();
+    const bool stopping = stopping_;
+    mutex_.unlock();
+    if (connected && !isWanted && !stopping) giveUp_(server.first, server.second);
 }
 
 }  // namespace Varnex

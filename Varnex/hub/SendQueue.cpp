@@ -4,9 +4,22 @@
 
 #include <algorithm>
 #include <cstring>
+#include <unordered_set>
 #include <utility>
 
 namespace Varnex {
+
+namespace {
+
+unsigned long long limit(int maximum) {
+    return maximum <= 0 ? ~0ull : static_cast<unsigned long long>(maximum);
+}
+
+std::optional<std::string> keyOf(const QueuedMessage& message) {
+    return stateKeyOf(message.data.get(), message.size);
+}
+
+}  // namespace
 
 QueuedMessage::QueuedMessage(const void* bytes, int count) : size(count) {
     auto copy = std::make_shared_for_overwrite<char[]>(static_cast<std::size_t>(std::max(count, 1)));
@@ -16,24 +29,21 @@ QueuedMessage::QueuedMessage(const void* bytes, int count) : size(count) {
 
 SendQueue::Verdict SendQueue::push(QueuedMessage message) {
     const Zendro::MutexLock lock(mutex_);
-    counters_.offered.add(message.size);
     if (!fits(message.size)) awaitLanding();
+    counters_.offered.add(message.size);
     if (closed_) return refuse(message.size, Verdict::Closed);
-    const bool keepNewest = policy_.whenFull == SendPolicy::KeepNewest;
-    if (keepNewest && !conflating_ && !fits(message.size)) keepNewestOnly();
-    if (conflating_ && replaceOlder(message)) return Verdict::Waiting;
+    if (policy_.whenFull == SendPolicy::KeepNewest) {
+        if (!conflating_ && !fits(message.size)) keepNewestOnly();
+        if (conflating_ && replaceOlder(message)) return Verdict::Waiting;
+    }
     if (!fits(message.size)) {
         if (policy_.whenFull == SendPolicy::Disconnect) return refuse(message.size, Verdict::Overflow);
-        if (policy_.whenFull == SendPolicy::DropNewest || !makeRoom(message.size))
+        if (policy_.whenFull == SendPolicy::DropNewest || !couldFit(message.size))
             return refuse(message.size, Verdict::Dropped);
+        while (!fits(message.size)) dropOldest();
     }
     append(std::move(message));
     return Verdict::Waiting;
-}
-
-/// What is being sent can neither be dropped nor replaced, and may make room itself at any moment.
-void SendQueue::awaitLanding() {
-    while (inFlight_) landed_.wait(mutex_);
 }
 
 SendQueue::Verdict SendQueue::refuse(int size, Verdict verdict) {
@@ -41,115 +51,110 @@ SendQueue::Verdict SendQueue::refuse(int size, Verdict verdict) {
     return verdict;
 }
 
-bool SendQueue::fits(int size) const {
-    const auto& waiting = counters_.waiting;
-    const bool messagesFit =
-        policy_.maxMessages <= 0 || waiting.messages < static_cast<unsigned long long>(policy_.maxMessages);
-    const bool bytesFit = policy_.maxBytes <= 0 || waiting.bytes + static_cast<unsigned long long>(size) <=
-                                                       static_cast<unsigned long long>(policy_.maxBytes);
-    return messagesFit && bytesFit;
+/// What is being sent can neither be dropped nor replaced, and may make room itself at any moment.
+void SendQueue::awaitLanding() {
+    while (inFlight_) landed_.wait(mutex_);
 }
 
-/// Drops the oldest, but nothing when even an empty queue would not do.
-bool SendQueue::makeRoom(int size) {
-    if (policy_.maxBytes > 0 && size > policy_.maxBytes) return false;
-    while (!fits(size)) {
-        oldest_ = std::max(oldest_, begun_);
-        if (oldest_ >= messages_.size()) return false;
-        dropOldest();
-    }
-    return true;
+bool SendQueue::fits(int size) const {
+    return counters_.waiting.messages < limit(policy_.maxMessages) &&
+           counters_.waiting.bytes + static_cast<unsigned long long>(size) <= limit(policy_.maxBytes);
+}
+
+/// Whether it would fit if everything were dropped that can be.
+bool SendQueue::couldFit(int size) const {
+    const auto kept = sending_.empty() ? 0 : static_cast<unsigned long long>(sending_.front().size);
+    return sending_.size() < limit(policy_.maxMessages) &&
+           kept + static_cast<unsigned long long>(size) <= limit(policy_.maxBytes);
 }
 
 void SendQueue::dropOldest() {
-    drop(messages_[oldest_]);
-    if (oldest_ == 0)
-        popFront();
-    else
-        ++oldest_;
-}
-
-void SendQueue::drop(QueuedMessage& message) {
-    if (message.data == nullptr) return;
-    counters_.waiting.remove(message.size);
-    counters_.dropped.add(message.size);
-    message = QueuedMessage();
-}
-
-void SendQueue::popFront() {
-    messages_.pop_front();
-    ++popped_;
-    if (oldest_ > 0) --oldest_;
+    const QueuedMessage& oldest = waiting_.front();
+    counters_.waiting.remove(oldest.size);
+    counters_.dropped.add(oldest.size);
+    if (conflating_)
+        if (const auto key = keyOf(oldest))
+            if (const auto found = newest_.find(*key); found != newest_.end() && found->second == firstNumber_)
+                newest_.erase(found);
+    waiting_.pop_front();
+    ++firstNumber_;
 }
 
 void SendQueue::append(QueuedMessage message) {
     if (conflating_)
-        if (const auto key = stateKeyOf(message.data.get(), message.size)) newest_[*key] = popped_ + messages_.size();
+        if (const auto key = keyOf(message)) newest_[*key] = firstNumber_ + waiting_.size();
     counters_.waiting.add(message.size);
-    messages_.push_back(std::move(message));
+    waiting_.push_back(std::move(message));
 }
 
 /// Puts the message in the place of an older one, where it is sent no later than that. False when there is none, or
 /// when the place is too small.
 bool SendQueue::replaceOlder(const QueuedMessage& message) {
-    const auto key = stateKeyOf(message.data.get(), message.size);
+    const auto key = keyOf(message);
     const auto found = key ? newest_.find(*key) : newest_.end();
-    if (found == newest_.end() || found->second < popped_ + begun_) return false;
-    QueuedMessage& older = messages_[found->second - popped_];
-    drop(older);
-    if (!fits(message.size)) return false;
-    older = message;
+    if (found == newest_.end() || found->second < firstNumber_) return false;  // none, or it is being sent
+    QueuedMessage& older = waiting_[found->second - firstNumber_];
+    const auto others = counters_.waiting.bytes - static_cast<unsigned long long>(older.size);
+    if (others + static_cast<unsigned long long>(message.size) > limit(policy_.maxBytes)) return false;
+    counters_.waiting.remove(older.size);
+    counters_.dropped.add(older.size);
     counters_.waiting.add(message.size);
+    older = message;
     return true;
 }
 
 /// Drops what there is a newer one of, from now on also as it comes.
 void SendQueue::keepNewestOnly() {
     conflating_ = true;
-    for (std::size_t i = messages_.size(); i-- > begun_;) {
-        QueuedMessage& message = messages_[i];
-        const auto key = message.data == nullptr ? std::nullopt : stateKeyOf(message.data.get(), message.size);
-        if (key && !newest_.emplace(*key, popped_ + i).second) drop(message);
+    std::unordered_set<std::string> newer;
+    std::deque<QueuedMessage> kept;
+    for (auto message = waiting_.rbegin(); message != waiting_.rend(); ++message) {
+        const auto key = keyOf(*message);
+        if (!key || newer.insert(*key).second) {
+            kept.push_front(std::move(*message));
+            continue;
+        }
+        counters_.waiting.remove(message->size);
+        counters_.dropped.add(message->size);
     }
+    waiting_ = std::move(kept);
+    for (std::size_t i = 0; i < waiting_.size(); ++i)
+        if (const auto key = keyOf(waiting_[i])) newest_[*key] = firstNumber_ + i;
 }
 
 int SendQueue::next(Chunk* chunks, int max) {
     const Zendro::MutexLock lock(mutex_);
-    int count = 0;
-    begun_ = 0;
-    for (const QueuedMessage& message : messages_) {
-        if (count == max) break;
-        ++begun_;
-        if (message.data != nullptr) chunks[count++] = {message.data.get(), message.size};
+    const auto most = static_cast<std::size_t>(max);
+    for (; sending_.size() < most && !waiting_.empty(); ++firstNumber_) {
+        sending_.push_back(std::move(waiting_.front()));
+        waiting_.pop_front();
     }
-    inFlight_ = count > 0;
-    if (count > 0 && frontSent_ > 0)
-        chunks[0] = {messages_.front().data.get() + frontSent_, chunks[0].size - frontSent_};
-    return count;
+    std::transform(sending_.begin(), sending_.end(), chunks, [](const QueuedMessage& message) {
+        return Chunk{message.data.get(), message.size};
+    });
+    inFlight_ = !sending_.empty();
+    if (inFlight_) chunks[0] = {sending_.front().data.get() + begunBytes_, sending_.front().size - begunBytes_};
+    return static_cast<int>(sending_.size());
 }
 
 void SendQueue::took(int bytes) {
     const Zendro::MutexLock lock(mutex_);
     inFlight_ = false;
     landed_.notify_all();
-    doomed_.clear();
-    for (; begun_ > 0 && !messages_.empty(); --begun_) {
-        const QueuedMessage& front = messages_.front();
-        const int rest = front.size - frontSent_;
-        if (bytes < rest) break;
-        bytes -= rest;
-        frontSent_ = 0;
-        if (front.data != nullptr) {
-            counters_.waiting.remove(front.size);
-            counters_.sent.add(front.size);
-        }
-        popFront();
+    if (closed_) return sending_.clear();
+    while (!sending_.empty() && bytes >= sending_.front().size - begunBytes_) {
+        bytes -= sending_.front().size - std::exchange(begunBytes_, 0);
+        counters_.waiting.remove(sending_.front().size);
+        counters_.sent.add(sending_.front().size);
+        sending_.pop_front();
     }
-    if (closed_) return;
-    frontSent_ += bytes;
-    begun_ = frontSent_ > 0 ? 1 : 0;
-    oldest_ = 0;
-    if (!messages_.empty() || !conflating_) return;
+    begunBytes_ += bytes;
+    const std::size_t begun = begunBytes_ > 0 ? 1 : 0;
+    for (; sending_.size() > begun; --firstNumber_) {
+        waiting_.push_front(std::move(sending_.back()));
+        sending_.pop_back();
+    }
+    if (!waiting_.empty() || !conflating_) return;
     conflating_ = false;
     newest_.clear();
 }
@@ -160,9 +165,9 @@ void SendQueue::close() {
     counters_.dropped.messages += counters_.waiting.messages;
     counters_.dropped.bytes += counters_.waiting.bytes;
     counters_.waiting = {};
-    doomed_ = std::move(messages_);
-    messages_.clear();
+    waiting_.clear();
     newest_.clear();
+    if (!inFlight_) sending_.clear();
 }
 
 SendCounters SendQueue::getCounters() const {

@@ -21,12 +21,12 @@ struct QueuedMessage {
     QueuedMessage() = default;
     QueuedMessage(const void* data, int bytes);
 
-    std::shared_ptr<const char[]> data;  // null: nothing waits here any more
+    std::shared_ptr<const char[]> data;
     int size = 0;
 };
 
 /// The messages that wait for one connection, bounded by a policy. Any thread pushes; one thread sends: it asks for the
-/// `next` chunks, sends some of their bytes, and says with `took` how many.
+/// `next` chunks, sends some of their bytes without blocking, and says with `took` how many.
 class SendQueue {
 public:
     enum class Verdict { Waiting, Dropped, Overflow, Closed };
@@ -47,30 +47,26 @@ public:
 
 private:
     [[nodiscard]] bool fits(int size) const VARNEX_REQUIRES(mutex_);
+    [[nodiscard]] bool couldFit(int size) const VARNEX_REQUIRES(mutex_);
     void awaitLanding() VARNEX_REQUIRES(mutex_);
-    bool makeRoom(int size) VARNEX_REQUIRES(mutex_);
     bool replaceOlder(const QueuedMessage& message) VARNEX_REQUIRES(mutex_);
     void keepNewestOnly() VARNEX_REQUIRES(mutex_);
     void append(QueuedMessage message) VARNEX_REQUIRES(mutex_);
-    void drop(QueuedMessage& message) VARNEX_REQUIRES(mutex_);
     void dropOldest() VARNEX_REQUIRES(mutex_);
-    void popFront() VARNEX_REQUIRES(mutex_);
     Verdict refuse(int size, Verdict verdict) VARNEX_REQUIRES(mutex_);
 
     const SendPolicy policy_;
     mutable Zendro::Mutex mutex_;
-    std::deque<QueuedMessage> messages_ VARNEX_GUARDED_BY(mutex_);
-    unsigned long long popped_ VARNEX_GUARDED_BY(mutex_) = 0;     // number of messages_.front()
-    std::size_t begun_ VARNEX_GUARDED_BY(mutex_) = 0;             // messages at the front that are being sent
-    std::size_t oldest_ VARNEX_GUARDED_BY(mutex_) = 0;            // none before it can be dropped
-    int frontSent_ VARNEX_GUARDED_BY(mutex_) = 0;                 // bytes of the first message
-    std::deque<QueuedMessage> doomed_ VARNEX_GUARDED_BY(mutex_);  // closed while they may have been being sent
-    bool inFlight_ VARNEX_GUARDED_BY(mutex_) = false;             // between next and took, which never blocks
+    std::deque<QueuedMessage> waiting_ VARNEX_GUARDED_BY(mutex_);
+    unsigned long long firstNumber_ VARNEX_GUARDED_BY(mutex_) = 0;  // of waiting_.front(); the others count on
+    std::deque<QueuedMessage> sending_ VARNEX_GUARDED_BY(mutex_);   // before them; at most one, begun, once it landed
+    int begunBytes_ VARNEX_GUARDED_BY(mutex_) = 0;                  // of sending_.front(), sent already
+    bool inFlight_ VARNEX_GUARDED_BY(mutex_) = false;               // between next and took
     std::condition_variable_any landed_;
     bool closed_ VARNEX_GUARDED_BY(mutex_) = false;
     SendCounters counters_ VARNEX_GUARDED_BY(mutex_);
 
-    // From the time it was full until it is empty: the number of the newest message of each key.
+    // From the time it was full until it is empty: the number of the newest waiting message of each key.
     bool conflating_ VARNEX_GUARDED_BY(mutex_) = false;
     std::unordered_map<std::string, unsigned long long> newest_ VARNEX_GUARDED_BY(mutex_);
 };

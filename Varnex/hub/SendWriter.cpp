@@ -6,11 +6,6 @@
 
 namespace Varnex {
 
-SendWriter::SendWriter() : thread_(this, &SendWriter::main) {
-    wakeUp_.open();
-    thread_.start();
-}
-
 SendWriter::~SendWriter() {
     stopping_ = true;
     wake();
@@ -30,6 +25,7 @@ void SendWriter::remove(const Connection& connection) {
         changed_ = true;
     }
     connection->detach();
+    wake();  // a wait for room would keep the connection open on the wire
 }
 
 void SendWriter::wake() {

@@ -22,8 +22,11 @@ class SendWriter {
 public:
     using Connection = std::shared_ptr<QueuedConnection>;
 
-    SendWriter();
+    SendWriter() : thread_(this, &SendWriter::main) {}
     ~SendWriter();
+
+    /// False when the system refuses a thread or a pipe.
+    [[nodiscard]] bool start() { return wakeUp_.open() && thread_.start(); }
 
     void add(const Connection& connection) VARNEX_EXCLUDES(mutex_);
     /// On return the connection is not used any more.

@@ -1,6 +1,7 @@
 #include <Varnex/transport/DatagramCommunicator.h>
 
 #include <Varnex/transport/IOException.h>
+#include <Varnex/transport/PollReadable.h>
 #include <Varnex/transport/PrintLine.h>
 #include <Varnex/transport/Socket.h>
 #include <Varnex/transport/StreamSocket.h>
@@ -32,6 +33,7 @@ DatagramCommunicator::~DatagramCommunicator() = default;
 
 bool DatagramCommunicator::close() {
     unread_ = 0;
+    aborted_ = false;
     return NetCommunicator::close();
 }
 
@@ -46,11 +48,19 @@ bool DatagramCommunicator::send(const Chunk* chunks, int count, int& sent) {
 bool DatagramCommunicator::trySend(const Chunk* chunks, int count, int& sent) {
     sent = 0;
     for (int i = 0; i < count; ++i) {
+        pollfd socket{getDescriptor(), POLLOUT, 0};
+        const int ready = aborted_ ? -1 : pollDescriptors({&socket, 1}, 0);
+        if (ready <= 0) return ready == 0;
         int n = chunks[i].size;
-        if (!send(chunks[i].data, n)) return false;  // a datagram socket hardly ever blocks
-        sent += n;
+        send(chunks[i].data, n);
+        sent += chunks[i].size;
     }
     return true;
+}
+
+void DatagramCommunicator::abort() {
+    aborted_ = true;
+    breakWait();
 }
 
 bool DatagramCommunicator::sendTo(const void* data, int& n, const InetAddress& to, unsigned short port) {
@@ -132,6 +142,7 @@ int DatagramCommunicator::take(void* data, int size) {
 
 int DatagramCommunicator::waitForData(int ms) {
     const int result = NetCommunicator::waitForData(unread_ > 0 ? 0 : ms);
+    if (aborted_) return WaitFailed;
     return unread_ > 0 && result == WaitTimedOut ? static_cast<int>(WaitData) : result;
 }
 

@@ -3,6 +3,7 @@
 #include <Varnex/transport/InetAddress.h>
 #include <Varnex/transport/NetCommunicator.h>
 
+#include <atomic>
 #include <memory>
 
 namespace Varnex {
@@ -34,7 +35,10 @@ public:
     /// The unread bytes, else the size of the next datagram.
     bool dataAvail(int& n) override;
 
+    /// A datagram that the system refuses is lost, after its ERROR line; false only when closed or aborted.
     bool trySend(const Chunk* chunks, int count, int& sent) override;
+    /// From now on waits fail, and nothing is sent or received.
+    void abort() override;
 
     /// Makes and binds the socket, closing an earlier one. False, with an ERROR line, on failure; closed then.
     virtual bool open() = 0;
@@ -76,6 +80,7 @@ private:
     [[nodiscard]] int take(void* data, int size);
 
     std::unique_ptr<char[]> buffer_;
+    std::atomic<bool> aborted_ = false;
     int position_ = 0;
     int capacity_ = 0;
     int unread_ = 0;

@@ -115,7 +115,8 @@ bool Multicast::setInterfaces(const std::vector<std::string>& addressesOrNames) 
     for (const std::string& each : addressesOrNames) {
         const auto one = NetworkInterface::find(each);
         if (!one) return false;
-        found.push_back(*one);
+        const auto isSame = [&](const NetworkInterface& other) { return other.index == one->index; };
+        if (std::none_of(found.begin(), found.end(), isSame)) found.push_back(*one);
     }
     if (found.empty()) return false;
     interfaces_ = std::move(found);

@@ -38,7 +38,8 @@ public:
     /// The same by dotted address or by name, such as "eth0". False when there is no such interface; nothing changes
     /// then.
     bool setInterface(const std::string& addressOrName);
-    /// Several of them. False, and nothing changes, when one does not exist or there is none at all.
+    /// Several of them, each once. False, and nothing changes, when one does not exist or there is none at all. What is
+    /// sent with `sendTo` takes only one of them, any.
     bool setInterfaces(const std::vector<std::string>& addressesOrNames);
 
     [[nodiscard]] const std::vector<NetworkInterface>& getInterfaces() const { return interfaces_; }

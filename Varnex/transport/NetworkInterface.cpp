@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <memory>
 
-#include <arpa/inet.h>
 #include <ifaddrs.h>
 #include <net/if.h>
 #include <netinet/in.h>
@@ -37,18 +36,12 @@ std::vector<NetworkInterface> NetworkInterface::getAll() {
 }
 
 std::optional<NetworkInterface> NetworkInterface::find(const std::string& addressOrName) {
-    const auto all = getAll();
-    in_addr dotted{};
-    if (::inet_pton(AF_INET, addressOrName.c_str(), &dotted) == 1) {
-        NetworkInterface byAddress;
-        byAddress.address = InetAddress::getByNetworkOrder(dotted.s_addr);
-        const auto known = std::find_if(
-            all.begin(), all.end(), [&](const NetworkInterface& each) { return each.address == byAddress.address; });
-        return known != all.end() ? *known : byAddress;
-    }
-    const auto named =
-        std::find_if(all.begin(), all.end(), [&](const NetworkInterface& each) { return each.name == addressOrName; });
-    return named != all.end() ? std::optional(*named) : std::nullopt;
+    auto all = getAll();
+    all.emplace_back();  // any
+    const auto found = std::find_if(all.begin(), all.end(), [&](const NetworkInterface& each) {
+        return each.address.getHostAddress() == addressOrName || (each.index != 0 && each.name == addressOrName);
+    });
+    return found != all.end() ? std::optional(*found) : std::nullopt;
 }
 
 }  // namespace Varnex

@@ -19,7 +19,7 @@ struct VARNEX_API NetworkInterface {
     /// All that have an IPv4 address, one entry for each address. Empty on failure.
     static std::vector<NetworkInterface> getAll();
 
-    /// By name, or by dotted address, which need not belong to an interface yet; nothing when the text is neither.
+    /// By name, or by dotted address, 0.0.0.0 for any; nothing when this machine has no such interface.
     static std::optional<NetworkInterface> find(const std::string& addressOrName);
 };
 

@@ -23,8 +23,8 @@ public:
     /// The descriptor to poll for room, -1 when closed.
     [[nodiscard]] virtual int getSendDescriptor() const = 0;
 
-    /// Ends the channel in both directions, so that the other end and the reader on this side see its end. For any
-    /// thread while the channel is open; the owner still closes it.
+    /// Ends the channel, so that the reader on this side sees its end or a failing wait, and the other end, where
+    /// the channel has one, too. For any thread while the channel is open; the owner still closes it.
     virtual void abort() = 0;
 };
 

@@ -52,6 +52,37 @@ TEST_F(LostConnectionTest, WithoutTheOptionTheApplicationHearsAndRemoves) {
     EXPECT_EQ(news.size(), 2u);
 }
 
+TEST_F(LostConnectionTest, WhatTheConsumerHoldsIsDeletedOnceItIsHandedBack) {
+    hub.setDeleteLost(true);
+    hub.setSendPolicy(
+        {.mode = Varnex::SendPolicy::Queue, .whenFull = Varnex::SendPolicy::Disconnect, .maxMessages = 1});
+    auto* const connection = add();
+    sends(*far[0], "read me");
+    EXPECT_EQ(next(), connection);
+    CapturedDiagnostics quiet;
+    while (broadcast(std::string(1 << 20, '.'))) std::this_thread::yield();
+    std::promise<void> later;  // everything told so far has been treated
+    hub.setConnectedCallback([&](Communicator*) { later.set_value(); });
+    add();
+    later.get_future().wait();
+    EXPECT_EQ(received(*connection), "read me");
+    EXPECT_TRUE(hub.getCount() == 2 && available() == 0);
+    EXPECT_TRUE(eventually([&] { return told(connection, lost(LostReason::QueueFull)); }));
+    EXPECT_EQ(hub.getCount(), 1);
+}
+
+TEST_F(LostConnectionTest, WhatACallbackThrowsIsPrintedAndTheNextIsCalled) {
+    const CapturedDiagnostics printed;
+    hub.setLostCallback([&](Communicator* c, LostReason) {
+        note(c, "lost");
+        throw std::runtime_error("not today");
+    });
+    for (int i = 0; i < 2; ++i) hub.dropCommunicator(add());
+    hub.close();
+    EXPECT_TRUE(told(near[0], "lost") && told(near[1], "lost"));
+    EXPECT_EQ(printed.errors(), "ERROR: not today\nERROR: not today\n");
+}
+
 TEST_F(LostConnectionTest, CallbacksMaySendAndDropAndCloseForgetsNone) {
     hub.setConnectedCallback([&](Communicator* c) {
         int size = 5;

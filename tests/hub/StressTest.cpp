@@ -60,5 +60,34 @@ TEST_P(StressTest, NothingIsLostDoubledOrStuck) {
     hub.close();
 }
 
+TEST_P(StressTest, ItClosesWhileOthersAddSendAndDrop) {
+    hub.setSendPolicy({.mode = GetParam()});
+    std::atomic<int> told = 0;
+    hub.setConnectedCallback([&](Communicator*) { ++told; });
+    hub.setLostCallback([&](Communicator*, Varnex::LostReason) { ++told; });
+    CapturedDiagnostics quiet;
+    for (int round = 0; round < 20; ++round) {
+        for (int i = 0; i < 20; ++i) add();
+        for (int i = 0; i < 5; ++i) far[static_cast<std::size_t>(i)]->close();
+        std::atomic<bool> done = false;
+        std::thread adder([&] {
+            for (int i = 0; i < 20; ++i) add();
+        });
+        std::thread sender([&] {
+            for (int size = 1; !done; size = 1) hub.send("b", size);
+        });
+        for (int i = 0; i < round % 4 * 5; ++i) hub.dropNumber(hub.getStatus().at(0).number);
+        EXPECT_TRUE(hub.close());
+        adder.join();
+        done = true;
+        sender.join();
+        hub.close();
+        EXPECT_EQ(hub.getCount(), 0);
+        far.clear();
+        near.clear();
+    }
+    EXPECT_GT(told, 20 * 20);
+}
+
 INSTANTIATE_TEST_SUITE_P(Policies, StressTest, testing::Values(Varnex::SendPolicy::Block, Varnex::SendPolicy::Queue),
                          [](const auto& mode) { return mode.param == Varnex::SendPolicy::Block ? "Block" : "Queue"; });
