@@ -1,5 +1,7 @@
 #include <Varnex/hub/BlockReceiver.h>
 
+#include <Varnex/transport/PrintLine.h>
+
 #include <algorithm>
 #include <cstring>
 
@@ -7,7 +9,12 @@ namespace Varnex {
 
 void BlockReceiver::take(Receiver& from, bool hasEnd) {
     int n = kBlockSize;
-    const bool received = from.receive(block_.get(), n);
+    bool received = false;
+    try {
+        received = from.receive(block_.get(), n) && n >= 0 && n <= kBlockSize;
+    } catch (...) {
+        printCaughtException();
+    }
     begin_ = 0;
     end_ = received ? n : 0;
     atEnd_ = !received ? End::Failed : n == 0 && hasEnd ? End::OfStream : End::None;

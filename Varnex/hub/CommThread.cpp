@@ -1,6 +1,7 @@
 #include <Varnex/hub/CommThread.h>
 
 #include <Varnex/transport/Communicator.h>
+#include <Varnex/transport/PrintLine.h>
 
 #include <chrono>
 
@@ -37,7 +38,12 @@ MultiCommunicator::CommThread::~CommThread() {
 bool MultiCommunicator::CommThread::send(const void* data, int& length) {
     const int offered = length;
     counters_.offered.add(offered);
-    const bool sent = communicator_->send(data, length);
+    bool sent = false;
+    try {
+        sent = communicator_->send(data, length);
+    } catch (...) {
+        printCaughtException();
+    }
     (sent && length == offered ? counters_.sent : counters_.dropped).add(offered);
     return sent;
 }
@@ -56,10 +62,14 @@ int MultiCommunicator::CommThread::recvThread() {
         }
     } const end{*this};
 
-    while (communicator_->waitForData()) {
-        if (owner_->reportIfAtEnd(*this)) return 0;
-        // While stopping, a wake-up is on its way to the next wait.
-        if (owner_->report(*this)) resumeSemaphore_.down();
+    try {
+        while (communicator_->waitForData()) {
+            if (owner_->reportIfAtEnd(*this)) return 0;
+            // While stopping, a wake-up is on its way to the next wait.
+            if (owner_->report(*this)) resumeSemaphore_.down();
+        }
+    } catch (...) {
+        printCaughtException();
     }
     reportLost(LostReason::ReceiveFailed);
     return 0;
@@ -75,6 +85,12 @@ bool MultiCommunicator::CommThread::retire(LostReason reason) {
     owner_->unqueue(*this);
     stopping_ = true;  // so that the consumer cannot get it any more
     return true;
+}
+
+bool MultiCommunicator::CommThread::isLost() {
+    requestStop();  // from here on it stays as it is
+    const Zendro::MutexLock lock(owner_->queueMutex_);
+    return lost_;
 }
 
 void MultiCommunicator::CommThread::requestStop() {

@@ -41,6 +41,8 @@ private:
     int recvThread();
     /// Readies a lost connection for being taken out. False, and it is lost again later, when the consumer has it.
     bool retire(LostReason reason);
+    /// Whether the monitor knows of its loss; it is stopping then.
+    bool isLost();
     void requestStop();
     void awaitEnd();
 
@@ -49,10 +51,10 @@ private:
     const unsigned long long number_;
     Zendro::Semaphore resumeSemaphore_;
     SendCounters counters_;
-    std::atomic<bool> lost_ = false;  // and the monitor knows
 
     // Guarded by the hub's queueMutex_.
     Connections::iterator readyPosition_;  // the queue's end while not queued
+    bool lost_ = false;                    // and the monitor knows
     std::optional<LostReason> reason_;     // of a loss that the consumer did not know of yet
     bool stopping_ = false;                // reports nothing any more
     bool stopRequested_ = false;

@@ -103,7 +103,8 @@ void ConnectionMonitor::tell(News& news) {
         news.owner.reset(news.connection);
         if (hub_.detachedHook_) hub_.detachedHook_(news.connection);
     }
-    if (onLost_ && !news.isTold) onLost_(news.connection, news.reason);
+    const bool isTold = news.isKnown && !hub_.deleteLost_;  // what the hub deletes was not told before
+    if (onLost_ && !isTold) onLost_(news.connection, news.reason);
 }
 
 }  // namespace Varnex

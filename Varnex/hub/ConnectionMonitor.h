@@ -43,7 +43,7 @@ private:
         LostReason reason = LostReason::Dropped;
         unsigned long long number = 0;        // of a lost one that the hub may still have
         std::unique_ptr<Communicator> owner;  // of one that was dropped
-        bool isTold = false;
+        bool isKnown = false;                 // was `lost` before it was dropped
     };
 
     void post(News news);

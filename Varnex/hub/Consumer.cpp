@@ -80,10 +80,11 @@ bool MultiCommunicator::reportIfAtEnd(CommThread& thread) {
 void MultiCommunicator::reportLost(CommThread& thread, LostReason reason) {
     {
         const Zendro::MutexLock lock(queueMutex_);
-        if (thread.stopping_) return;
+        if (thread.stopping_ || thread.lost_) return;
+        thread.lost_ = true;
         reason = thread.reason_.value_or(reason);
     }
-    if (!thread.lost_.exchange(true)) monitor_->lost(thread.number_, thread.communicator_, reason);
+    monitor_->lost(thread.number_, thread.communicator_, reason);
 }
 
 }  // namespace Varnex

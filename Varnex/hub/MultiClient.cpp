@@ -2,8 +2,8 @@
 
 #include <Varnex/events/ServerInfoQueryEvent.h>
 #include <Varnex/hub/DatagramEvent.h>
+#include <Varnex/hub/Dialler.h>
 #include <Varnex/hub/Discovery.h>
-#include <Varnex/hub/Redialler.h>
 #include <Varnex/transport/Client.h>
 #include <Varnex/transport/Exception.h>
 #include <Varnex/transport/PrintLine.h>
@@ -72,6 +72,12 @@ private:
 };
 
 MultiClient::MultiClient(long mask) : mask_(mask) {
+    dialler_ = std::make_unique<Dialler>(
+        [this](const std::string& host, unsigned short port) {
+            const HubsOwnDial own;
+            return connectToServer(host, port);
+        },
+        [this](const std::string& host, unsigned short port) { giveUp(host, port); });
     prepareDiscovery(multicast_);
     setDetachedHook([this](Communicator* connection) { forget(connection, true); });
 }
@@ -84,6 +90,7 @@ bool MultiClient::open() {
     close();
     if (!MultiCommunicator::open()) return false;
     if (!multicast_.open()) return true;
+    dialler_->allow();
     discoveryThread_ = std::make_unique<Zendro::ObjectThread<MultiClient>>(this, &MultiClient::connectThread);
     if (!discoveryThread_->start()) discoveryThread_.reset();
     return true;
@@ -111,7 +118,7 @@ void MultiClient::stopDialling() {
         discoveryThread_.reset();
         drainWakeUps(multicast_);
     }
-    if (redialler_ != nullptr) redialler_->stop();
+    dialler_->stop();
     const Zendro::MutexLock lock(connectionsMutex_);
     while (dials_ > 0) dialEnded_.wait(connectionsMutex_);
     connections_.clear();
@@ -131,9 +138,9 @@ void MultiClient::forget(Communicator* connection, bool redial) {
     if (found == connections_.end()) return;
     const std::string key = found->first;
     connections_.erase(found);
-    if (!redial || redialler_ == nullptr) return;
+    if (!redial) return;
     const auto colon = key.rfind(':');
-    redialler_->add(key.substr(0, colon), static_cast<unsigned short>(std::stoi(key.substr(colon + 1))));
+    dialler_->lost(key.substr(0, colon), static_cast<unsigned short>(std::stoi(key.substr(colon + 1))));
 }
 
 int MultiClient::connectThread() {
@@ -162,7 +169,6 @@ bool MultiClient::receiveAnnouncement() {
     const auto* const info = dynamic_cast<const ServerInfoEvent*>(event.get());
     if (info == nullptr || info->getStatus() != kServing) return alive;
     if (!match(info->getMask(), mask_, info->getId(), id_)) return alive;
-    const HubsOwnDial own;
     try {
         follow(*info);
     } catch (...) {
@@ -178,7 +184,7 @@ void MultiClient::follow(const ServerInfoEvent& info) {
     if (preferSource_ && isLoopback(host) && !isLoopback(source.getHostAddress())) host = source.getHostAddress();
     // A name would be looked up here for as long as that takes, and by anyone's wish.
     if (!isNumeric(host)) return printError("ERROR: Got an announcement without a numeric host address");
-    connectToServer(host, info.getPort());
+    dialler_->announced(host, info.getPort());
 }
 
 bool MultiClient::connectToServer(const std::string& host, unsigned short port) {
@@ -232,48 +238,46 @@ bool MultiClient::keep(std::unique_ptr<Client> client, const std::string& key) {
     const Zendro::MutexLock lock(connectionsMutex_);
     if (closing_) return false;
     if (connections_.count(key) > 0) return true;
+    if (maxConnections_ > 0 && getCount() >= maxConnections_) {
+        printError("ERROR: Too many connections");
+        return false;
+    }
     if (!addCommunicator(client.get())) {
         client->close();
         return false;
     }
     connections_[key] = client.release();
-    if (redialler_ != nullptr) redialler_->allow();
+    dialler_->allow();
     return true;
 }
 
 bool MultiClient::disconnectFromServer(const std::string& host, unsigned short port) {
     const InetAddress address = InetAddress::getByName(host);
-    if (redialler_ != nullptr) redialler_->forget(address.isValid() ? address.getHostAddress() : host, port);
+    dialler_->forget(address.isValid() ? address.getHostAddress() : host, port);
     if (!address.isValid()) return false;
-    const Zendro::MutexLock lock(connectionsMutex_);
-    const auto found = connections_.find(keyOf(address.getHostAddress(), port));
-    if (found == connections_.end()) return false;
-    Communicator* const connection = found->second;
-    connections_.erase(found);
-    if (!detach(connection)) return true;  // lost at this moment: the hub deletes it
-    connection->close();
-    delete connection;
+    return dropServer(keyOf(address.getHostAddress(), port));
+}
+
+bool MultiClient::dropServer(const std::string& key) {
+    Communicator* connection = nullptr;
+    {
+        const Zendro::MutexLock lock(connectionsMutex_);
+        const auto found = connections_.find(key);
+        if (found == connections_.end()) return false;
+        connection = found->second;
+        connections_.erase(found);
+    }
+    dropCommunicator(connection);
     return true;
 }
 
 /// Of a server that was dialled again while `disconnectFromServer` gave it up.
 void MultiClient::giveUp(const std::string& host, unsigned short port) {
-    connectionsMutex_.lock();
-    const auto found = connections_.find(keyOf(host, port));
-    Communicator* const connection = found == connections_.end() ? nullptr : found->second;
-    connectionsMutex_.unlock();
-    if (connection != nullptr) dropCommunicator(connection);
+    dropServer(keyOf(host, port));
 }
 
 void MultiClient::setReconnect(int minMs, int maxMs) {
-    if (redialler_ == nullptr)
-        redialler_ = std::make_unique<Redialler>(
-            [this](const std::string& host, unsigned short port) {
-                const HubsOwnDial own;
-                return connectToServer(host, port);
-            },
-            [this](const std::string& host, unsigned short port) { giveUp(host, port); });
-    redialler_->setPauses(Redialler::Milliseconds(minMs), Redialler::Milliseconds(maxMs));
+    dialler_->setPauses(Dialler::Milliseconds(minMs), Dialler::Milliseconds(maxMs));
     setDeleteLost(true);
 }
 

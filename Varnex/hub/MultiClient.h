@@ -17,7 +17,7 @@
 namespace Varnex {
 
 class Client;
-class Redialler;
+class Dialler;
 class SocketAddress;
 
 /// A hub that dials servers, given by host and port or found by multicast, and keeps one connection to each.
@@ -32,6 +32,9 @@ public:
     static constexpr int kDefaultConnectTimeout = 5000;
 
     /// The low 32 bits of the mask count.
+    /// Connections held at the same time.
+    static constexpr int kDefaultMaxConnections = 10000;
+
     explicit MultiClient(long mask);
     ~MultiClient() override;
 
@@ -49,8 +52,8 @@ public:
     /// resolved, nothing answers, or the hub is closed meanwhile.
     virtual bool connectToServer(const std::string& host, unsigned short port);
 
-    /// Closes and deletes the connection to the host's first IPv4 address. False when there is none; so one over IPv6
-    /// is dropped by `dropCommunicator` only. For the consumer, see the base class.
+    /// Closes and deletes the connection to the host's first IPv4 address, which is lost as `Dropped`. False when there
+    /// is none; so one over IPv6 is dropped by `dropCommunicator` only. For the consumer, see the base class.
     virtual bool disconnectFromServer(const std::string& host, unsigned short port);
 
     /// Seconds since 1970-01-01 00:00 UTC.
@@ -71,6 +74,9 @@ public:
     /// For every connection attempt, milliseconds; 0: the system's limit, often two minutes. Until it is called only
     /// attempts that the hub makes by itself are limited.
     void setConnectTimeout(int ms) { connectTimeoutMs_ = ms; }
+
+    /// More are refused, with an ERROR line; 0: no limit.
+    void setMaxConnections(int connections) { maxConnections_ = connections; }
 
     /// Where to discover, by address or name: one interface or several instead of the one that carries the host's own
     /// address. False when one does not exist; nothing changes then.
@@ -103,6 +109,7 @@ private:
     [[nodiscard]] bool beginDial(const std::string& key, bool& connected);
     void endDial();
     void giveUp(const std::string& host, unsigned short port);
+    bool dropServer(const std::string& key);
 
     double queryDuration_ = 0.0;
     long mask_;
@@ -118,10 +125,11 @@ private:
     int dials_ VARNEX_GUARDED_BY(connectionsMutex_) = 0;  // under way
     std::condition_variable_any dialEnded_;
     int connectTimeoutMs_ = -1;  // not set
+    int maxConnections_ = kDefaultMaxConnections;
     bool preferSource_ = false;
     AcceptAnnouncement acceptAnnouncement_;
     WakeUpPipe cancel_;  // readable while connection attempts are broken off
-    std::unique_ptr<Redialler> redialler_;
+    std::unique_ptr<Dialler> dialler_;
 };
 
 }  // namespace Varnex

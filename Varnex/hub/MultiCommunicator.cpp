@@ -91,7 +91,7 @@ MultiCommunicator::Connections::iterator MultiCommunicator::find(unsigned long l
 /// Stops watching; an empty result when there is nothing at that place.
 MultiCommunicator::Detached MultiCommunicator::take(Connections::iterator place) {
     if (place == commThreads_.end()) return {};
-    const Detached taken{(*place)->getCommunicator(), (*place)->number_, (*place)->lost_};
+    const Detached taken{(*place)->getCommunicator(), (*place)->number_, (*place)->isLost()};
     delete *place;
     commThreads_.erase(place);
     return taken;

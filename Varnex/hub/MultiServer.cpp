@@ -17,9 +17,9 @@ namespace {
 
 constexpr int kAcceptPauseMs = 100;
 
-/// The connection still waits and can be had when others have been closed.
-bool isOutOfResources(int error) {
-    return error == EMFILE || error == ENFILE || error == ENOBUFS || error == ENOMEM;
+/// The listening socket itself is gone. Anything else passes, or concerns one connection.
+bool isFatal(int error) {
+    return error == 0 || error == EBADF || error == EINVAL || error == ENOTSOCK;
 }
 
 }  // namespace
@@ -37,14 +37,15 @@ bool MultiServer::open(const std::string& host, unsigned short port, bool announ
     if (!MultiCommunicator::open()) return false;
     try {
         server_.open(host, port);
-        static_cast<void>(server_.waitForClient(0));  // what it needs to wait is made now or never
+        // What the waits need is made now or never.
+        static_cast<void>(server_.waitForClient(0));
+        if (!acceptPause_.open()) throw IOException("Cannot create pipe");
     } catch (const Exception& failure) {
         printError(std::string("ERROR: ") + failure.what());
         MultiCommunicator::close();
         return false;
     }
     using Loop = Zendro::ObjectThread<MultiServer>;
-    acceptPause_.open();
     acceptThread_ = std::make_unique<Loop>(this, &MultiServer::connectThread);
     if (!acceptThread_->start()) {
         printError("ERROR: Cannot start the thread that accepts clients");
@@ -131,10 +132,10 @@ bool MultiServer::isUsable(Client& client) {
     return client.waitForData(0) != Receiver::WaitFailed;  // no descriptors left for its wake-ups
 }
 
-/// Without descriptors the loop goes on later; everything else ends it.
+/// Without descriptors, say, the loop goes on later.
 bool MultiServer::pauseAfter(const IOException& failure) {
     if (!std::exchange(failureTold_, true)) printError(std::string("ERROR: ") + failure.what());
-    return isOutOfResources(failure.getError()) && acceptPause_.wait(kAcceptPauseMs);
+    return !isFatal(failure.getError()) && acceptPause_.wait(kAcceptPauseMs);
 }
 
 int MultiServer::multicastThread() {

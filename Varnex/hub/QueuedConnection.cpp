@@ -1,7 +1,9 @@
 #include <Varnex/hub/QueuedConnection.h>
 
 #include <Varnex/transport/NonBlockingSender.h>
+#include <Varnex/transport/PrintLine.h>
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -24,8 +26,13 @@ QueuedConnection::Progress QueuedConnection::serve() {
     const int count = queue_.next(chunks.data(), kMaxChunks);
     if (count == 0) return Progress::Nothing;
     int sent = 0;
-    const bool alive = target_->trySend(chunks.data(), count, sent);
-    queue_.took(sent);
+    bool alive = false;
+    try {
+        alive = target_->trySend(chunks.data(), count, sent);
+    } catch (...) {
+        printCaughtException();
+    }
+    queue_.took(std::max(sent, 0));
     if (alive) return sent > 0 ? Progress::Some : Progress::Blocked;
     giveUp(LostReason::SendFailed);
     return Progress::Nothing;

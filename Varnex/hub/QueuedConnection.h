@@ -17,7 +17,7 @@ class QueuedConnection {
 public:
     enum class Progress { Nothing, Some, Blocked };
 
-    /// Chunks and bytes of one system call.
+    /// Of one system call.
     static constexpr int kMaxChunks = 1024;
 
     /// `onGivenUp` is called once at most, from a pushing thread or the writer, and only before `detach` returns.
