@@ -30,6 +30,14 @@ HubReader::HubReader(MultiCommunicator& hub) : hub_(hub), block_(std::make_uniqu
 
 HubReader::~HubReader() = default;
 
+std::string_view HubReader::getBytes() const {
+    return chosen_ == nullptr ? std::string_view() : chosen_->reader.getBytes();
+}
+
+bool HubReader::hasMore() const {
+    return !block_->isEmpty();
+}
+
 HubReader::News HubReader::read() {
     News news;
     while (!readChosen(news))
@@ -67,7 +75,10 @@ bool HubReader::choose() {
     forgetGone();
     const auto [found, isNew] = sources_.try_emplace(chosenNumber_, Source{connection, EventReader(block_.get())});
     chosen_ = &found->second;
-    if (isNew) chosen_->reader.setMaxLength(maxLength_);
+    if (isNew) {
+        chosen_->reader.setMaxLength(maxLength_);
+        chosen_->reader.setKeepUnknown(keepUnknown_);
+    }
     block_->take(*connection);
     return true;
 }
