@@ -1,0 +1,116 @@
+#include "PeerLog.h"
+
+#include "Endpoint.h"
+
+#include <Varnex/transport/NetCommunicator.h>
+
+namespace VarnexTool {
+
+namespace {
+
+constexpr int kKeepAliveSeconds = 60;
+
+std::string whyDropped(Varnex::LostReason reason) {
+    switch (reason) {
+        case Varnex::LostReason::QueueFull:
+            return "its queue is full";
+        case Varnex::LostReason::SendFailed:
+            return "it takes no more events";
+        default:
+            return "cannot receive from it";
+    }
+}
+
+}  // namespace
+
+PeerLog::PeerLog(Varnex::MultiCommunicator& hub, Note note, std::string afterLoss)
+    : hub_(hub), note_(std::move(note)), afterLoss_(std::move(afterLoss)) {
+    hub_.setLostCallback(
+        [this](Varnex::Communicator* connection, Varnex::LostReason reason) { lost(connection, reason); });
+}
+
+void PeerLog::add(Varnex::Communicator& connection) {
+    std::string name = "?";
+    if (auto* const net = dynamic_cast<Varnex::NetCommunicator*>(&connection)) {
+        net->setKeepAlive(kKeepAliveSeconds);  // a peer that vanished must not stay for ever
+        name = Endpoint::of(net->getRemoteAddress()).text();
+    }
+    {
+        const Zendro::MutexLock lock(mutex_);
+        peers_[&connection] = {name, 0};
+    }
+    note_(name + " connected");
+}
+
+void PeerLog::lost(Varnex::Communicator* connection, Varnex::LostReason reason) {
+    // A reader has dropped it already, and will tell why; or it cannot be waited for, and nobody reads it any more.
+    const bool isReaders = reason == Varnex::LostReason::ReceiveFailed && !hub_.dropCommunicator(connection, reason);
+    std::string name;
+    {
+        const Zendro::MutexLock lock(mutex_);
+        const auto found = peers_.find(connection);
+        if (found == peers_.end()) return;
+        if (isReaders) broken_[connection] = found->second;
+        name = take(peers_, connection);
+    }
+    if (isReaders) return;
+    if (reason == Varnex::LostReason::PeerClosed) return note_(name + " closed" + afterLoss_);
+    tellDropped(name, whyDropped(reason));
+}
+
+void PeerLog::brokeOff(const Varnex::Communicator* connection, const std::string& reason) {
+    std::string name;
+    {
+        const Zendro::MutexLock lock(mutex_);
+        name = take(broken_, connection);
+        if (name.empty()) name = take(peers_, connection);
+    }
+    if (!name.empty()) tellDropped(name, reason);
+}
+
+void PeerLog::tellDropped(const std::string& name, const std::string& why) {
+    {
+        const Zendro::MutexLock lock(mutex_);
+        ++dropped_;
+    }
+    note_(name + " dropped: " + why + afterLoss_);
+}
+
+/// Its name, and forgets it; empty when it is not there.
+std::string PeerLog::take(Peers& from, const Varnex::Communicator* connection) {
+    const auto found = from.find(connection);
+    if (found == from.end()) return {};
+    std::string name = std::move(found->second.name);
+    from.erase(found);
+    return name;
+}
+
+void PeerLog::countEvent(const Varnex::Communicator* connection) {
+    const Zendro::MutexLock lock(mutex_);
+    ++events_;
+    if (const auto found = peers_.find(connection); found != peers_.end()) ++found->second.events;
+}
+
+std::string PeerLog::nameOf(const Varnex::Communicator* connection) const {
+    const Zendro::MutexLock lock(mutex_);
+    const auto found = peers_.find(connection);
+    return found == peers_.end() ? "?" : found->second.name;
+}
+
+unsigned long long PeerLog::eventsOf(const Varnex::Communicator* connection) const {
+    const Zendro::MutexLock lock(mutex_);
+    const auto found = peers_.find(connection);
+    return found == peers_.end() ? 0 : found->second.events;
+}
+
+unsigned long long PeerLog::events() const {
+    const Zendro::MutexLock lock(mutex_);
+    return events_;
+}
+
+unsigned long long PeerLog::dropped() const {
+    const Zendro::MutexLock lock(mutex_);
+    return dropped_;
+}
+
+}  // namespace VarnexTool
