@@ -68,8 +68,7 @@ void HubCommand::addPolicyOptions() {
         .add_option("--policy", policyName_,
                     "What to do with a client that is too slow: let everyone wait for it, drop its events (keep-newest "
                     "keeps the newest state of each handle), or disconnect it")
-        ->check(CLI::IsMember({"block", "drop-oldest", "drop-newest", "keep-newest", "disconnect"})
-                    .description("block|drop-oldest|drop-newest|keep-newest|disconnect"))
+        ->check(oneOf({"block", "drop-oldest", "drop-newest", "keep-newest", "disconnect"}))
         ->capture_default_str();
     app()
         .add_option("--queue-bytes", limits_.maxBytes, "Bytes that may wait for one client; 0: no limit")
@@ -112,7 +111,7 @@ void HubCommand::open(Hub& hub, StatusLine& line) const {
     hub.setPortSharing(false);  // a second hub would take every other connection away unnoticed
     if (!hub.open(host_, port_, discovery_.isWanted))
         throw Failure(Endpoint{host_, port_}.text() + ": " + takeLibraryMessage() +
-                      "; is the port taken, or the address not of this machine?");
+                      "; is the port taken or below 1024, or is the address not of this machine?");
     const Endpoint bound{host_.empty() ? "0.0.0.0" : host_, hub.getLocalPort()};
     line.note("listening on " + bound.text());
     if (discovery_.isWanted) tellDiscovery(hub, line);

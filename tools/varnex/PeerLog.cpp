@@ -25,6 +25,9 @@ std::string whyDropped(Varnex::LostReason reason) {
 
 PeerLog::PeerLog(Varnex::MultiCommunicator& hub, Note note, std::string afterLoss)
     : hub_(hub), note_(std::move(note)), afterLoss_(std::move(afterLoss)) {
+    hub_.setConnectedCallback([this](const Varnex::Communicator* connection) {
+        if (const std::string name = nameOf(connection); !name.empty()) note_(name + " connected");
+    });
     hub_.setLostCallback(
         [this](Varnex::Communicator* connection, Varnex::LostReason reason) { lost(connection, reason); });
 }
@@ -35,11 +38,8 @@ void PeerLog::add(Varnex::Communicator& connection) {
         net->setKeepAlive(kKeepAliveSeconds);  // a peer that vanished must not stay for ever
         name = Endpoint::of(net->getRemoteAddress()).text();
     }
-    {
-        const Zendro::MutexLock lock(mutex_);
-        peers_[&connection] = {name, 0};
-    }
-    note_(name + " connected");
+    const Zendro::MutexLock lock(mutex_);
+    peers_[&connection] = {name, 0};
 }
 
 void PeerLog::lost(Varnex::Communicator* connection, Varnex::LostReason reason) {
@@ -94,7 +94,7 @@ void PeerLog::countEvent(const Varnex::Communicator* connection) {
 std::string PeerLog::nameOf(const Varnex::Communicator* connection) const {
     const Zendro::MutexLock lock(mutex_);
     const auto found = peers_.find(connection);
-    return found == peers_.end() ? "?" : found->second.name;
+    return found == peers_.end() ? "" : found->second.name;
 }
 
 unsigned long long PeerLog::eventsOf(const Varnex::Communicator* connection) const {

@@ -14,7 +14,7 @@ namespace VarnexTool {
 /// Who is connected to a hub: names them, counts their events, and tells in a line when one comes or goes.
 ///
 /// The hub's owner calls `add` before a connection enters the hub; the loss of a connection it hears from the hub
-/// itself, whose lost callback it takes. Any thread, but `brokeOff` is for the hub's consumer. Outlives the open hub.
+/// itself, whose callbacks it takes. Any thread, but `brokeOff` is for the hub's consumer. Outlives the open hub.
 class PeerLog {
 public:
     using Note = std::function<void(const std::string&)>;
@@ -31,7 +31,7 @@ public:
 
     void countEvent(const Varnex::Communicator* connection);
 
-    /// "?" and 0 when it is not connected any more.
+    /// Empty and 0 when it is not connected any more.
     [[nodiscard]] std::string nameOf(const Varnex::Communicator* connection) const;
     [[nodiscard]] unsigned long long eventsOf(const Varnex::Communicator* connection) const;
 

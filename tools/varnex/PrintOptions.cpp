@@ -15,7 +15,7 @@ void PrintOptions::addTo(CLI::App& app) {
     addMaxLengthOption(app, maxLength);
     addSecondsOption(app, seconds);
     app.add_option("--color", colour, "Colour the lines")
-        ->check(CLI::IsMember({"auto", "always", "never"}).description("auto|always|never"))
+        ->check(oneOf({"auto", "always", "never"}))
         ->capture_default_str();
     app.add_flag("--quiet", log.quiet, "Print no event lines");
     app.add_flag("--summary", log.summary,
