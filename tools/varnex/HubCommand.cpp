@@ -95,7 +95,9 @@ SendPolicy HubCommand::policy() const {
 void HubCommand::run() {
     Varnex::Event::setMaxLength(maxLength_);
     StatusLine line;
-    Hub hub(discovery_.maskBits(), [&line](const std::string& note) { line.note(note); });
+    const PeerLog::Note tell = [&line](const std::string& note) { line.note(note); };
+    const ForwardedMessages forwarded(tell);
+    Hub hub(discovery_.maskBits(), tell);
     StopWatcher stop(std::chrono::duration<double>(seconds_), [&hub] { hub.breakWait(); });
     hub.setSendPolicy(policy());
     open(hub, line);

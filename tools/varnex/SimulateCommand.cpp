@@ -124,6 +124,7 @@ void SimulateCommand::sendToOne(const Endpoint& to) const {
 
 void SimulateCommand::sendToAll() const {
     StopWatcher stop{std::chrono::duration<double>(seconds_)};
+    const ForwardedMessages forwarded(&EventLog::note);
     ServerConnections servers(discovery_);
     Varnex::SendPolicy policy;
     policy.mode = Varnex::SendPolicy::Queue;  // one that is slow must not hold up the others

@@ -1,5 +1,6 @@
 #include "Command.h"
 #include "Endpoint.h"
+#include "LibraryMessages.h"
 #include "PrintOptions.h"
 #include "ServerConnections.h"
 
@@ -33,6 +34,7 @@ void WatchCommand::run() {
     discovery_.checkWith(where_);
     const Endpoint to = discovery_.isWanted ? Endpoint() : Endpoint::toConnect(where_);
     const EventLog::Options options = print_.use();
+    const ForwardedMessages forwarded(&EventLog::note);
     ServerConnections servers(discovery_);
     StopWatcher stop(print_.timeLimit(), [&servers] { servers.breakWait(); });
     EventLog log(options, stop);
