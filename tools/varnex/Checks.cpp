@@ -69,30 +69,22 @@ bool hears(Varnex::Multicast& channel, const Varnex::ServerInfoQueryEvent& sent)
     }
 }
 
-/// The loopback interface need not carry multicast where another one does.
-Finding::Level levelOfFailure(const NetworkInterface& interface) {
-    return isLoopback(interface.address) ? Finding::Warning : Finding::Problem;
-}
-
 }  // namespace
 
 const char* Finding::levelName() const {
     return level == Ok ? "ok" : level == Warning ? "warning" : "problem";
 }
 
-Finding checkInterface(const NetworkInterface& interface) {
+Finding checkInterface(const NetworkInterface& interface, bool mustWork) {
     const std::string device = interface.name.empty() ? "DEVICE" : interface.name;
-    Finding finding{levelOfFailure(interface), "interface " + device + " " + interface.address.getHostAddress(), "",
-                    ""};
+    Finding finding{mustWork ? Finding::Problem : Finding::Warning,
+                    "interface " + device + " " + interface.address.getHostAddress(), "", ""};
     const auto tell = [&](std::string what, std::string fix) {
         finding.what = std::move(what);
         finding.fix = std::move(fix);
         return finding;
     };
-    if (!interface.isUp) {
-        finding.level = Finding::Warning;
-        return tell("is down", "ip link set " + device + " up");
-    }
+    if (!interface.isUp) return tell("is down", "ip link set " + device + " up");
     if (!interface.canMulticast && !isLoopback(interface.address))
         return tell("carries no multicast", "ip link set " + device + " multicast on, or choose another --interface");
     Varnex::Multicast channel;
@@ -113,19 +105,18 @@ Finding checkInterface(const NetworkInterface& interface) {
     return tell("sends and hears multicast on " + kGroup, "");
 }
 
-Finding checkHostName() {
+Finding checkHostName(bool mustWork) {
     const InetAddress address = InetAddress::getLocalHost();
-    const std::string name = InetAddress::getLocalHostName();
+    const std::string subject = "host name " + InetAddress::getLocalHostName();
+    const std::string what = "is " + address.getHostAddress();
     const std::string fix = "choose --interface for each command, or give the name its network address in /etc/hosts";
-    Finding finding{Finding::Ok, "host name " + name, "is " + address.getHostAddress(), ""};
-    if (!address.isValid())
-        return {Finding::Problem, finding.subject, "has no address: nothing is discovered without --interface", fix};
-    if (isLoopback(address))
-        return {Finding::Warning, finding.subject, finding.what + ": discovery stays on this machine", fix};
+    const Finding::Level failure = mustWork ? Finding::Problem : Finding::Warning;
+    if (!address.isValid()) return {failure, subject, "has no address: nothing is discovered without --interface", fix};
+    if (isLoopback(address)) return {Finding::Warning, subject, what + ": discovery stays on this machine", fix};
     const auto all = NetworkInterface::getAll();
     const bool isOurs = std::any_of(all.begin(), all.end(), [&](const auto& each) { return each.address == address; });
-    if (isOurs) return finding;
-    return {Finding::Problem, finding.subject, finding.what + ", which no interface of this machine has", fix};
+    if (isOurs) return {Finding::Ok, subject, what, ""};
+    return {failure, subject, what + ", which no interface of this machine has", fix};
 }
 
 Finding checkPort(unsigned short port) {

@@ -19,11 +19,12 @@ struct Finding {
     [[nodiscard]] const char* levelName() const;
 };
 
-/// Sends a query that nobody answers on the group of discovery, and waits until it is heard back.
-[[nodiscard]] Finding checkInterface(const Varnex::NetworkInterface& interface);
+/// Sends a query that nobody answers on the group of discovery, and waits until it is heard back. An interface that
+/// must work and does not is a problem.
+[[nodiscard]] Finding checkInterface(const Varnex::NetworkInterface& interface, bool mustWork);
 
-/// Whether the address of this host's name, which discovery takes by itself, is one that others reach.
-[[nodiscard]] Finding checkHostName();
+/// Whether the address of this host's name, which discovery takes without a chosen interface, is one that others reach.
+[[nodiscard]] Finding checkHostName(bool mustWork);
 
 /// Whether a TCP port is free. It listens there for a moment.
 [[nodiscard]] Finding checkPort(unsigned short port);

@@ -43,8 +43,8 @@ public:
     void run() override {
         const auto all = chosenInterfaces();
         if (all.empty()) tell({Finding::Problem, "network", "has no IPv4 interface", "ip link set lo up"});
-        for (const NetworkInterface& each : all) tell(checkInterface(each));
-        tell(checkHostName());
+        for (const NetworkInterface& each : all) tell(checkInterface(each, mustWork(each)));
+        tell(checkHostName(interfaces_.empty()));
         tell(checkPort(port_));
         tell(checkDescriptors());
         if (problems_ > 0) throw Failure("problems found: " + std::to_string(problems_));
@@ -54,6 +54,11 @@ private:
     void tell(const Finding& finding) {
         json_ ? printJson(finding) : printLine(finding);
         if (finding.level == Finding::Problem) ++problems_;
+    }
+
+    /// The loopback interface need not where another one does, and one that is down is not in use.
+    [[nodiscard]] bool mustWork(const NetworkInterface& interface) const {
+        return !interfaces_.empty() || (interface.isUp && !interface.address.getHostAddress().starts_with("127."));
     }
 
     [[nodiscard]] std::vector<NetworkInterface> chosenInterfaces() const {
