@@ -39,33 +39,35 @@ void PeerLog::add(Varnex::Communicator& connection) {
         name = Endpoint::of(net->getRemoteAddress()).text();
     }
     const Zendro::MutexLock lock(mutex_);
-    peers_[&connection] = {name, 0};
+    peers_[&connection] = {name, 0, ""};
 }
 
 void PeerLog::lost(Varnex::Communicator* connection, Varnex::LostReason reason) {
-    // A reader has dropped it already, and will tell why; or it cannot be waited for, and nobody reads it any more.
+    // A reader has dropped it already, and knows why; or it cannot be waited for, and nobody reads it any more.
     const bool isReaders = reason == Varnex::LostReason::ReceiveFailed && !hub_.dropCommunicator(connection, reason);
-    std::string name;
+    Peer peer;
     {
         const Zendro::MutexLock lock(mutex_);
-        const auto found = peers_.find(connection);
-        if (found == peers_.end()) return;
-        if (isReaders) broken_[connection] = found->second;
-        name = take(peers_, connection);
+        peer = take(peers_, connection);
+        if (peer.name.empty()) return;
+        if (isReaders && peer.fault.empty()) {
+            broken_[connection] = std::move(peer);
+            return;
+        }
     }
-    if (isReaders) return;
-    if (reason == Varnex::LostReason::PeerClosed) return note_(name + " closed" + afterLoss_);
-    tellDropped(name, whyDropped(reason));
+    if (reason == Varnex::LostReason::PeerClosed) return note_(peer.name + " closed" + afterLoss_);
+    tellDropped(peer.name, isReaders ? peer.fault : whyDropped(reason));
 }
 
 void PeerLog::brokeOff(const Varnex::Communicator* connection, const std::string& reason) {
-    std::string name;
+    Peer peer;
     {
         const Zendro::MutexLock lock(mutex_);
-        name = take(broken_, connection);
-        if (name.empty()) name = take(peers_, connection);
+        peer = take(broken_, connection);
+        const auto found = peers_.find(connection);
+        if (peer.name.empty() && found != peers_.end()) found->second.fault = reason;  // the hub tells its loss soon
     }
-    if (!name.empty()) tellDropped(name, reason);
+    if (!peer.name.empty()) tellDropped(peer.name, reason);
 }
 
 void PeerLog::tellDropped(const std::string& name, const std::string& why) {
@@ -76,13 +78,10 @@ void PeerLog::tellDropped(const std::string& name, const std::string& why) {
     note_(name + " dropped: " + why + afterLoss_);
 }
 
-/// Its name, and forgets it; empty when it is not there.
-std::string PeerLog::take(Peers& from, const Varnex::Communicator* connection) {
-    const auto found = from.find(connection);
-    if (found == from.end()) return {};
-    std::string name = std::move(found->second.name);
-    from.erase(found);
-    return name;
+/// Forgets it, too; without a name when it is not there.
+PeerLog::Peer PeerLog::take(Peers& from, const Varnex::Communicator* connection) {
+    auto taken = from.extract(connection);
+    return taken.empty() ? Peer() : std::move(taken.mapped());
 }
 
 void PeerLog::countEvent(const Varnex::Communicator* connection) {

@@ -44,19 +44,20 @@ private:
     struct Peer {
         std::string name;
         unsigned long long events = 0;
+        std::string fault;  // for which a reader has dropped it
     };
     using Peers = std::map<const Varnex::Communicator*, Peer>;
 
     void lost(Varnex::Communicator* connection, Varnex::LostReason reason);
     void tellDropped(const std::string& name, const std::string& why);
-    [[nodiscard]] std::string take(Peers& from, const Varnex::Communicator* connection) VARNEX_REQUIRES(mutex_);
+    [[nodiscard]] static Peer take(Peers& from, const Varnex::Communicator* connection);
 
     Varnex::MultiCommunicator& hub_;
     const Note note_;
     const std::string afterLoss_;
     mutable Zendro::Mutex mutex_;
     Peers peers_ VARNEX_GUARDED_BY(mutex_);
-    // Whose reason the consumer will tell. An address may be in use again meanwhile, but not for a second one of these.
+    // Lost already, for a reason that the consumer will tell. Others may have their addresses meanwhile.
     Peers broken_ VARNEX_GUARDED_BY(mutex_);
     unsigned long long events_ VARNEX_GUARDED_BY(mutex_) = 0;
     unsigned long long dropped_ VARNEX_GUARDED_BY(mutex_) = 0;
