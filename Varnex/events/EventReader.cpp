@@ -24,11 +24,12 @@ constexpr std::size_t kKeptCapacity = 1 << 20;  // a larger buffer is given back
 
 EventReader::Result EventReader::read(int ms) {
     if (!fault_.empty()) return breakOff(fault_);
+    shrink();
     deadline_ = ms > 0 ? Clock::now() + std::chrono::milliseconds(ms) : Clock::time_point();
     waitMs_ = ms;
     pulled_ = 0;
     Step step = headerRead_ ? Step::Done : readHeader();
-    if (step == Step::Done) step = type_ == nullptr ? skipBody() : fill(length_);
+    if (step == Step::Done) step = skips_ ? skipBody() : fill(length_);
     if (step != Step::Done) return stop(step);
     return finish();
 }
@@ -48,6 +49,7 @@ EventReader::Step EventReader::readHeader() {
     length_ = loadBigEndian<std::uint32_t>(buffer_.get() + kLengthOffset);
     typeID_ = static_cast<short>(loadBigEndian<std::uint16_t>(buffer_.get() + kTypeOffset));
     type_ = EventType::findType(typeID_);
+    skips_ = type_ == nullptr && !keepUnknown_;
     headerRead_ = true;
     return Step::Done;
 }
@@ -105,6 +107,13 @@ void EventReader::makeRoom(std::size_t size) {
     capacity_ = capacity;
 }
 
+/// Forgets the last event, and gives a large buffer back.
+void EventReader::shrink() {
+    if (std::exchange(handedOut_, 0) == 0 || capacity_ <= kKeptCapacity) return;
+    buffer_.reset();
+    capacity_ = 0;
+}
+
 /// Takes at least one and at most `n` bytes from the source.
 EventReader::Step EventReader::pull(char* bytes, int& n) {
     if (stream_ != nullptr) {
@@ -147,10 +156,7 @@ EventReader::Result EventReader::finish() {
     result.typeID = typeID_;
     result.length = length_;
     result.lost = std::exchange(lost_, 0);
-    if (capacity_ > kKeptCapacity) {
-        buffer_.reset();
-        capacity_ = 0;
-    }
+    handedOut_ = skips_ ? 0 : length_;
     return result;
 }
 

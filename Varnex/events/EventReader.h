@@ -8,6 +8,7 @@
 #include <iosfwd>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace Varnex {
 
@@ -62,6 +63,14 @@ public:
     /// takes few bytes at a time: read through a `BufferedCommunicator`.
     void setResynchronise(bool on) { resynchronise_ = on; }
 
+    /// Keep the bytes of events of unknown types too, for `getBytes`, instead of skipping them. Off at first; for
+    /// events whose first bytes are still to come.
+    void setKeepUnknown(bool on) { keepUnknown_ = on; }
+
+    /// What was received of the event handed out last, header included; valid until the next `read`. Empty after an
+    /// event that was skipped, and after everything that is no event.
+    [[nodiscard]] std::string_view getBytes() const { return {buffer_.get(), handedOut_}; }
+
 private:
     using Clock = std::chrono::steady_clock;
     enum class Step { Done, Closed, Failed, Woken, TimedOut };
@@ -69,6 +78,7 @@ private:
     [[nodiscard]] Step fill(std::size_t size);
     [[nodiscard]] Step pull(char* bytes, int& n);
     void makeRoom(std::size_t size);
+    void shrink();
 
     [[nodiscard]] Step readHeader();
     [[nodiscard]] Step skipBody();
@@ -86,14 +96,17 @@ private:
     std::istream* stream_ = nullptr;
     unsigned int maxLength_ = Event::getMaxLength();
     bool resynchronise_ = false;
+    bool keepUnknown_ = false;
     int waitMs_ = -1;  // of the present call
     Clock::time_point deadline_;
     std::size_t pulled_ = 0;  // bytes taken in the present call
 
     std::unique_ptr<char[]> buffer_;
     std::size_t capacity_ = 0;
-    std::size_t have_ = 0;  // bytes of the present event, or of what may become its header
+    std::size_t have_ = 0;       // bytes of the present event, or of what may become its header
+    std::size_t handedOut_ = 0;  // bytes of the last event, which stand in the buffer
     bool headerRead_ = false;
+    bool skips_ = false;               // the present event, without keeping it
     std::size_t length_ = 0;           // of the present event
     short typeID_ = -1;                // of the present event
     const EventType* type_ = nullptr;  // null: unknown

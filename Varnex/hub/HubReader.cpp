@@ -32,6 +32,14 @@ HubReader::HubReader(MultiCommunicator& hub) : hub_(hub), block_(std::make_uniqu
 
 HubReader::~HubReader() = default;
 
+std::string_view HubReader::getBytes() const {
+    return chosen_ == nullptr ? std::string_view() : chosen_->reader.getBytes();
+}
+
+bool HubReader::hasMore() const {
+    return !block_->isEmpty();
+}
+
 HubReader::News HubReader::read() {
     News news;
     while (!readChosen(news))
@@ -79,6 +87,7 @@ bool HubReader::choose() {
 void HubReader::startReader(Source& source) {
     source.reader = EventReader(block_.get());
     source.reader.setMaxLength(maxLength_);
+    source.reader.setKeepUnknown(keepUnknown_);
 }
 
 void HubReader::skipDatagram() {

@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace Varnex {
 
@@ -51,6 +52,17 @@ public:
     /// `Event::setMaxLength`.
     void setMaxLength(unsigned int bytes) { maxLength_ = bytes; }
 
+    /// Keep the bytes of events of unknown types too, as a relay wants. For connections whose first bytes are still to
+    /// come; off at first.
+    void setKeepUnknown(bool on) { keepUnknown_ = on; }
+
+    /// What was received of the event read last, header included; valid until the next `read`. Empty after an unknown
+    /// one that was not to be kept, and after everything that is no event.
+    [[nodiscard]] std::string_view getBytes() const;
+
+    /// Whether more of the same connection is at hand, so that `read` may not have to wait.
+    [[nodiscard]] bool hasMore() const;
+
 private:
     struct Source {
         Communicator* connection;
@@ -67,6 +79,7 @@ private:
     MultiCommunicator& hub_;
     std::unique_ptr<BlockReceiver> block_;  // empty whenever another connection has its turn
     unsigned int maxLength_ = Event::getMaxLength();
+    bool keepUnknown_ = false;
     std::map<unsigned long long, Source> sources_;  // by number, which is never used again
     Source* chosen_ = nullptr;
     unsigned long long chosenNumber_ = 0;

@@ -138,11 +138,26 @@ TEST(EventReaderTest, FindsTheNextEventAfterGarbageAndCountsIt) {
     }
 }
 
+TEST(EventReaderTest, LendsTheBytesOfEachEventAndOnRequestOfUnknownOnes) {
+    const std::string large = bytesOf("56583031 00200000 7fff 0000") + std::string((2 << 20) - 12, 'x');
+    for (const bool keeps : {false, true}) {
+        std::istringstream stream(kMessage + kUnknown + large + kUnmade + kPlain + "V");
+        EventReader reader(stream);
+        reader.setKeepUnknown(keeps);
+        for (const std::string& event : {kMessage, kUnknown, large, kUnmade, kPlain, std::string()}) {
+            EXPECT_EQ(reader.read().length, event.size());
+            EXPECT_TRUE(reader.getBytes() == (keeps || (event != kUnknown && event != large) ? event : ""));
+        }
+    }
+}
+
 TEST(EventReaderTest, MemoryFollowsTheBytesThatArrive) {
-    for (const char* type : {"000a", "0007"}) {
+    for (const auto& [type, keeps] : {std::pair("000a", false), {"0007", false}, {"0007", true}}) {
         std::istringstream stream(bytesOf("56583031 10000000") + bytesOf(type) + std::string(10000, 'x'));
+        EventReader reader(stream);
+        reader.setKeepUnknown(keeps);
         largestAllocation = 0;
-        EXPECT_EQ(EventReader(stream).read().reason, "the peer closed inside an event");
+        EXPECT_EQ(reader.read().reason, "the peer closed inside an event");
         EXPECT_LT(largestAllocation, 40000u);
     }
 }

@@ -8,15 +8,9 @@
 
 using nlohmann::json;
 
-/// `varnex listen` on loopback, with the address it listens at.
-struct Listening : Process {
-    explicit Listening(const std::string& options) : Process("listen 127.0.0.1:0 " + options) {
-        const std::string first = text(Error);
-        EXPECT_EQ(first.substr(0, 13), "listening on ");
-        address = first.substr(std::min<std::size_t>(13, first.size()));
-    }
+struct Listening : Serving {
+    explicit Listening(const std::string& options) : Serving("listen 127.0.0.1:0 " + options) {}
     json object() { return json::parse(text(Output), nullptr, false); }
-    std::string address;
 };
 
 // What is sent; the type that is printed of it, and those fields that are not empty, 0 or false.
@@ -67,7 +61,7 @@ TEST(CommandTest, GarbageIsReportedAndTheNextClientServed) {
     };
     for (const auto& [garbage, note] : cases) {
         Varnex::Client client;
-        client.open("127.0.0.1", static_cast<unsigned short>(std::stoi(listener.address.substr(10))));
+        client.open("127.0.0.1", listener.port());
         ASSERT_TRUE(sends(client, garbage));
         EXPECT_THAT(listener.text(Process::Error), testing::HasSubstr(note));
     }
@@ -114,6 +108,15 @@ TEST(CommandTest, SaysInOneLineWhatIsWrong) {
         {"send 127.0.0.1:4711x Message", 2, "the port must be a number"},
         {"send 127.0.0.1:1 'Mess\nage' --text a", 2, "unknown event type \"Mess\\nage\" (see varnex types)"},
         {"send 127.0.0.1:1", 2, "TYPE is required"},
+        {"send --discover Mess", 2, "unknown event type \"Mess\""},
+        {"simulate", 2, "HOST:PORT or --discover is required"},
+        {"watch 127.0.0.1:1 --discover", 2, "either HOST:PORT or --discover, not both"},
+        {"watch 127.0.0.1:1 --id 1", 2, "--discover"},
+        {"servers --interface nothing0", 2, "no such IPv4 network interface"},
+        {"serial /dev/null", 2, "PORT and HOST:PORT are required"},
+        {"serial /dev/null 127.0.0.1:1 --baud 12", 2, "Invalid baud rate 12 (must be 110, "},
+        {"serial /dev/null 127.0.0.1:1", 1, "Port is not a tty!"},
+        {"hub --host 192.0.2.1 --port 0", 1, "192.0.2.1:0: Cannot open server"},
         {"send 127.0.0.1:1 Message --handle h", 2, "unexpected argument \"--handle\""},
         {"send 127.0.0.1:1 Rotation --rotation 1 2 3", 2, "unexpected argument \"2\""},
         {"send 127.0.0.1:1 Message --text", 2, "--text: the value is missing (see varnex send HOST:PORT MessageEvent"},

@@ -2,6 +2,7 @@
 
 #include "Quote.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdlib>
 #include <sstream>
@@ -56,6 +57,19 @@ CLI::Validator wholeNumberFrom(long long lowest, long long highest) {
         return {};
     };
     return {check, ""};
+}
+
+CLI::Validator oneOf(const std::vector<std::string>& words) {
+    std::string choice, list;
+    for (const std::string& word : words) {
+        choice += (choice.empty() ? "" : "|") + word;
+        list += (list.empty() ? "" : word == words.back() ? " or " : ", ") + word;
+    }
+    const auto check = [words, list](std::string& text) -> std::string {
+        if (std::find(words.begin(), words.end(), text) != words.end()) return {};
+        return inQuotes(text) + " is not " + list;
+    };
+    return {check, choice};
 }
 
 void setHelpHead(CLI::App& app, const std::string& usage, const std::string& description) {

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace VarnexTool {
 
@@ -35,14 +36,22 @@ private:
 /// The same for a decimal whole number; for `transform`, because it also takes leading zeros away.
 [[nodiscard]] CLI::Validator wholeNumberFrom(long long lowest, long long highest);
 
+/// Accepts these words, at least two, and says which they are otherwise.
+[[nodiscard]] CLI::Validator oneOf(const std::vector<std::string>& words);
+
 /// Replaces the generated usage line of the help, and its first line when a description is given; the parent's list
 /// keeps the old one.
 void setHelpHead(CLI::App& app, const std::string& usage, const std::string& description = {});
 
 // Each in a source file of its own. They add themselves to the command line.
+std::unique_ptr<Command> makeDoctorCommand(CLI::App& parent);
+std::unique_ptr<Command> makeHubCommand(CLI::App& parent);
 std::unique_ptr<Command> makeListenCommand(CLI::App& parent);
 std::unique_ptr<Command> makeSendCommand(CLI::App& parent);
+std::unique_ptr<Command> makeSerialCommand(CLI::App& parent);
+std::unique_ptr<Command> makeServersCommand(CLI::App& parent);
 std::unique_ptr<Command> makeSimulateCommand(CLI::App& parent);
 std::unique_ptr<Command> makeTypesCommand(CLI::App& parent);
+std::unique_ptr<Command> makeWatchCommand(CLI::App& parent);
 
 }  // namespace VarnexTool

@@ -11,6 +11,7 @@ namespace VarnexTool {
 namespace {
 
 constexpr std::chrono::seconds kHangUpTime{2};
+constexpr std::chrono::milliseconds kDiscardPause{10};
 
 }  // namespace
 
@@ -23,6 +24,18 @@ void dial(Varnex::Client& client, const Endpoint& to, std::chrono::duration<doub
         throw Failure(to.text() + ": " + error.what());
     }
     client.setTcpNoDelay(true);
+}
+
+void Discarder::turn() {
+    const auto now = std::chrono::steady_clock::now();
+    if (now < next_) return;
+    next_ = now + kDiscardPause;
+    char unwanted[65536];
+    int n = 1;
+    while (n > 0 && client_.waitForData(0) == Varnex::Receiver::WaitData) {
+        n = sizeof unwanted;
+        if (!client_.receive(unwanted, n)) return;
+    }
 }
 
 void hangUp(Varnex::Client& client) {

@@ -13,6 +13,8 @@ namespace {
 constexpr std::string_view kPrefix = "ERROR: ";
 
 thread_local std::string lastMessage;
+thread_local bool isForwarder = false;
+std::function<void(const std::string&)> forward;
 
 /// Keeps failures; what the library merely tells, such as a growing buffer, is dropped.
 void keep(Varnex::DiagnosticStream, std::string_view text) {
@@ -21,6 +23,7 @@ void keep(Varnex::DiagnosticStream, std::string_view text) {
     if (text.ends_with('\n')) text.remove_suffix(1);
     try {
         lastMessage = text;
+        if (forward && !isForwarder) forward(lastMessage);
     } catch (const std::exception&) {
         lastMessage.clear();
     }
@@ -30,6 +33,16 @@ void keep(Varnex::DiagnosticStream, std::string_view text) {
 
 void collectLibraryMessages() {
     Varnex::setDiagnosticSink(&keep);
+}
+
+ForwardedMessages::ForwardedMessages(std::function<void(const std::string&)> note) {
+    isForwarder = true;
+    forward = std::move(note);
+}
+
+ForwardedMessages::~ForwardedMessages() {
+    forward = nullptr;
+    isForwarder = false;
 }
 
 std::string takeLibraryMessage() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 namespace VarnexTool {
@@ -12,5 +13,15 @@ void collectLibraryMessages();
 
 /// `text`, with ": " and the library's last line in this thread when there is one.
 [[nodiscard]] std::string withLibraryMessage(const std::string& text);
+
+/// While it lives, what the library says in other threads than the one that made it goes to `note`. One at a time, made
+/// before those threads and destroyed after them.
+class ForwardedMessages {
+public:
+    explicit ForwardedMessages(std::function<void(const std::string&)> note);
+    ~ForwardedMessages();
+    ForwardedMessages(const ForwardedMessages&) = delete;
+    ForwardedMessages& operator=(const ForwardedMessages&) = delete;
+};
 
 }  // namespace VarnexTool

@@ -6,8 +6,10 @@
 #include "LibraryMessages.h"
 #include "Pacer.h"
 #include "Quote.h"
+#include "ServerFinder.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 namespace VarnexTool {
@@ -38,9 +40,10 @@ private:
     static CLI::Option* addField(CLI::App& type, const Field& field);
     [[nodiscard]] const TypeChoice& chosenType();
     [[nodiscard]] std::unique_ptr<Varnex::Event> makeEvent();
-    void sendAll(Varnex::Client& client, Varnex::Event& event, const StopWatcher& stop) const;
+    void sendAll(Varnex::Client& client, const Endpoint& to, Varnex::Event& event, const StopWatcher& stop) const;
 
     std::string where_;
+    DiscoveryOptions discovery_;
     std::string unknownType_;
     std::vector<TypeChoice> types_;
     unsigned short tag_ = 0;
@@ -57,7 +60,8 @@ std::string fieldList(const Description& description) {
 }
 
 SendCommand::SendCommand(CLI::App& parent) : Command(parent, "send", "Send an event") {
-    app().add_option("HOST:PORT", where_, "The listener, such as 127.0.0.1:4711 or [::1]:4711")->required();
+    app().add_option("HOST:PORT", where_, "The listener, such as 127.0.0.1:4711 or [::1]:4711");
+    discovery_.addTo(app(), "Send to the first server that the network finds, in place of HOST:PORT");
     // What names a type becomes a subcommand of its own, so that it has its own options; only the rest arrives here.
     app().add_option("TYPE", unknownType_,
                      "The event type: MessageEvent, Message or its ID; its fields follow as options, which "
@@ -72,7 +76,8 @@ SendCommand::SendCommand(CLI::App& parent) : Command(parent, "send", "Send an ev
         ->capture_default_str();
     app().add_option("--rate", rate_, "Events a second; without it as fast as they go")->check(numberFrom(0.001, 1e6));
     app()
-        .add_option("--connect-timeout", connectSeconds_, "Seconds to wait for the connection")
+        .add_option("--connect-timeout", connectSeconds_,
+                    "Seconds to wait for the connection, and for a server to be found")
         ->check(numberFrom(0.001, 1e6))
         ->capture_default_str();
     app().allow_extras();  // they are refused later, so that an unknown type is told before its unknown fields
@@ -128,21 +133,33 @@ std::unique_ptr<Varnex::Event> SendCommand::makeEvent() {
 }
 
 void SendCommand::run() {
-    const Endpoint to = Endpoint::toConnect(where_);
+    if (discovery_.isWanted && unknownType_.empty()) unknownType_.swap(where_);  // the only argument is the type
+    discovery_.checkWith(where_);
+    if (!discovery_.isWanted) static_cast<void>(Endpoint::toConnect(where_));
     const auto event = makeEvent();
-    const StopWatcher stop(std::chrono::seconds(0));
+    std::optional<ServerFinder> finder;
+    if (discovery_.isWanted) finder.emplace(discovery_);
+    const StopWatcher stop(std::chrono::seconds(0), [&finder] {
+        if (finder) finder->stop();
+    });
+    const std::chrono::duration<double> timeout(connectSeconds_);
+    const Endpoint to = finder ? finder->first(timeout) : Endpoint::toConnect(where_);
+    if (stop.isStopped()) return;
     Varnex::Client client;
-    dial(client, to, std::chrono::duration<double>(connectSeconds_));
-    sendAll(client, *event, stop);
+    dial(client, to, timeout);
+    sendAll(client, to, *event, stop);
     if (!stop.isStopped()) hangUp(client);
 }
 
-void SendCommand::sendAll(Varnex::Client& client, Varnex::Event& event, const StopWatcher& stop) const {
+void SendCommand::sendAll(Varnex::Client& client, const Endpoint& to, Varnex::Event& event,
+                          const StopWatcher& stop) const {
     Pacer pacer(rate_, stop);
+    Discarder unwanted(client);
     for (unsigned long long i = 0; (count_ == 0 || i < count_) && pacer.wait(); ++i) {
+        unwanted.turn();
         if (event.send(&client)) continue;
         if (stop.isStopped()) return;
-        throw Failure(withLibraryMessage(where_ + " stopped taking events after " + std::to_string(i)));
+        throw Failure(withLibraryMessage(to.text() + " stopped taking events after " + std::to_string(i)));
     }
 }
 

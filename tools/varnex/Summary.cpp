@@ -1,6 +1,7 @@
 #include "Summary.h"
 
 #include "EventTable.h"
+#include "Quote.h"
 
 #include <nlohmann/json.hpp>
 
@@ -11,6 +12,10 @@
 namespace VarnexTool {
 
 namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr std::size_t kShownHandles = 16;
 
 std::string fixed(double number, int digits) {
     char text[64];
@@ -31,6 +36,7 @@ void Summary::add(const Varnex::Event& event, WallTime received) {
     ++eventsByType_[describe(event).name];
     const auto* const handle = dynamic_cast<const Varnex::HandleEvent*>(&event);
     if (handle == nullptr) return;
+    countHandle(handle->getHandle());
     const auto now = duration_cast<nanoseconds>(received.time_since_epoch()).count();
     const auto latency = static_cast<std::int64_t>(static_cast<std::uint64_t>(now) - handle->getValue());
     if (nanoseconds(latency) > kPlausible || nanoseconds(latency) < -kPlausible) return;
@@ -39,6 +45,10 @@ void Summary::add(const Varnex::Event& event, WallTime received) {
     else
         latencies_[timeStamps_ % kMaxLatencies] = latency;
     ++timeStamps_;
+}
+
+void Summary::countHandle(const std::string& handle) {
+    if (eventsByHandle_.size() < kMaxHandles || eventsByHandle_.contains(handle)) ++eventsByHandle_[handle];
 }
 
 /// Between the first event and the last.
@@ -61,19 +71,23 @@ std::int64_t Summary::latency(double part) const {
 
 std::string Summary::text(bool json) const {
     if (json) {
-        const auto latencyOrNull = [this](double part) {
-            return latencies_.empty() ? nlohmann::ordered_json() : nlohmann::ordered_json(latency(part));
-        };
-        nlohmann::ordered_json object{
-            {"events", events_}, {"seconds", seconds()}, {"rate", rate()}, {"types", eventsByType_}};
+        const auto latencyOrNull = [this](double part) { return latencies_.empty() ? Json() : Json(latency(part)); };
+        Json object{{"events", events_},
+                    {"seconds", seconds()},
+                    {"rate", rate()},
+                    {"types", eventsByType_},
+                    {"handles", eventsByHandle_}};
         object["latencies"] = latencies_.size();
         object["latencyMedianNs"] = latencyOrNull(0.5);
         object["latency99Ns"] = latencyOrNull(0.99);
-        return nlohmann::ordered_json{{"summary", object}}.dump() + "\n";
+        return Json{{"summary", object}}.dump(-1, ' ', true, Json::error_handler_t::replace) + "\n";
     }
     std::string text = std::to_string(events_) + " events";
     if (rate() > 0) text += " in " + fixed(seconds(), 2) + " s, " + fixed(rate(), 1) + " a second";
     for (const auto& [type, count] : eventsByType_) text += "\n  " + std::to_string(count) + " " + type;
+    if (eventsByHandle_.size() <= kShownHandles)
+        for (const auto& [handle, count] : eventsByHandle_)
+            text += "\n  " + std::to_string(count) + " of handle " + inQuotes(handle);
     if (!latencies_.empty())
         text += "\nlatency of " + std::to_string(latencies_.size()) + " time stamps: median " +
                 microseconds(latency(0.5)) + ", 99th percentile " + microseconds(latency(0.99));

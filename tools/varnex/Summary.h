@@ -14,6 +14,8 @@ class Summary {
 public:
     /// Only the newest latencies are kept.
     static constexpr std::size_t kMaxLatencies = 1 << 16;
+    /// More handles are not counted one by one.
+    static constexpr std::size_t kMaxHandles = 1024;
 
     /// What lies further from the time of arrival than this is no time stamp.
     static constexpr std::chrono::hours kPlausible{1};
@@ -27,12 +29,14 @@ public:
     [[nodiscard]] std::string text(bool json) const;
 
 private:
+    void countHandle(const std::string& handle);
     [[nodiscard]] double seconds() const;
     [[nodiscard]] double rate() const;
     [[nodiscard]] std::int64_t latency(double part) const;
 
     unsigned long long events_ = 0;
     std::map<std::string, unsigned long long> eventsByType_;
+    std::map<std::string, unsigned long long> eventsByHandle_;
     WallTime first_{};
     WallTime last_{};
     unsigned long long timeStamps_ = 0;

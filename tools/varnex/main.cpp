@@ -79,6 +79,11 @@ int runChosen(CLI::App& app, int argc, char** argv) {
     commands.push_back(makeListenCommand(app));
     commands.push_back(makeSendCommand(app));
     commands.push_back(makeSimulateCommand(app));
+    commands.push_back(makeHubCommand(app));
+    commands.push_back(makeWatchCommand(app));
+    commands.push_back(makeServersCommand(app));
+    commands.push_back(makeSerialCommand(app));
+    commands.push_back(makeDoctorCommand(app));
     commands.push_back(makeTypesCommand(app));
     app.parse(argc, argv);
     for (const auto& command : commands)
@@ -87,7 +92,10 @@ int runChosen(CLI::App& app, int argc, char** argv) {
 }
 
 int guardedMain(int argc, char** argv) {
-    CLI::App app("Sends, receives and shows typed events over TCP.", "varnex");
+    CLI::App app(
+        "Sends, relays and shows typed events: over TCP, through hubs that are found by multicast, and over serial "
+        "lines.",
+        "varnex");
     app.set_version_flag("--version", "varnex " VARNEX_VERSION, "Print the version and exit");
     app.require_subcommand(1);
     try {

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <Zendro/Mutex.h>
+
+#include <atomic>
+#include <string>
+
+namespace VarnexTool {
+
+/// A line on the standard output that changes from time to time. On a terminal each takes the place of the one before,
+/// and notes on the error stream go above it. Any thread.
+class StatusLine {
+public:
+    StatusLine();
+    ~StatusLine();
+    StatusLine(const StatusLine&) = delete;
+    StatusLine& operator=(const StatusLine&) = delete;
+
+    /// False when the output is gone.
+    bool show(const std::string& line);
+    void note(const std::string& line);
+
+private:
+    void clear() VARNEX_REQUIRES(mutex_);
+
+    const bool isTerminal_;
+    Zendro::Mutex mutex_;
+    std::string shown_ VARNEX_GUARDED_BY(mutex_);  // what stands on the terminal's last line
+};
+
+}  // namespace VarnexTool
