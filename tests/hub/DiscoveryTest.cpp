@@ -4,6 +4,8 @@
 #include <tests/hub/HubFixture.h>
 #include <tests/support/NetworkNamespace.h>
 
+#include <sys/resource.h>
+
 using Varnex::MultiClient;
 using Varnex::MultiServer;
 
@@ -157,6 +159,19 @@ TEST_F(DiscoveryTest, LostServersAreDialledAgainUntilTheyAreGivenUp) {
     EXPECT_EQ(client.getCount(), 0);
 }
 
+TEST_F(DiscoveryTest, AnAnnouncedLoopbackAddressGivesWayToWhereItCameFrom) {
+    ASSERT_TRUE(addLoopbackAddress("10.21.12.68"));
+    EXPECT_TRUE(server.setDiscoveryInterface("10.21.12.68"));
+    server.setAnnouncedHost("127.0.1.1");
+    ASSERT_TRUE(server.open("10.21.12.68", 0, true));
+    MultiClient literal(1), wary(1);
+    for (auto* each : {&literal, &wary}) prepare(*each);
+    wary.setPreferSourceAddress(true);
+    EXPECT_TRUE(literal.open() && wary.open());
+    EXPECT_TRUE(eventually([&] { return wary.getCount() == 1; }));
+    EXPECT_EQ(literal.getCount(), 0);
+}
+
 TEST_F(DiscoveryTest, DatagramsGoOutOnEveryInterfaceNamed) {
     Varnex::Multicast both;
     both.setAddress("224.21.12.68");
@@ -183,6 +198,25 @@ TEST(MultiServerTest, ATakenPortIsToldAndRefusedConnectionsAreClosed) {
     EXPECT_EQ(received(clients[1]), "");  // closed when the third one came
     EXPECT_TRUE(server.close());
     EXPECT_EQ(received(clients[0]) + received(clients[2]), "");
+}
+
+TEST(MultiServerTest, WithoutDescriptorsItPausesAndGoesOn) {
+    MultiServer server(1);
+    const CapturedDiagnostics printed;
+    ASSERT_TRUE(server.open("127.0.0.1", 0, false));
+    std::vector<Varnex::SocketAddress> to;
+    Varnex::SocketAddress::resolve("127.0.0.1", server.getLocalPort(), Varnex::SocketAddress::NoFlags,
+                                   Varnex::SocketAddress::Stream, Varnex::SocketAddress::TCP, to);
+    const Varnex::UniqueFd client(::socket(AF_INET, SOCK_STREAM, 0));
+    rlimit before{};
+    ::getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit none{static_cast<rlim_t>(client.get()) + 1, before.rlim_max};
+    ::setrlimit(RLIMIT_NOFILE, &none);
+    EXPECT_EQ(::connect(client.get(), to[0].getAddress(), to[0].getAddressLength()), 0);
+    EXPECT_TRUE(eventually([&] { return !printed.errors().empty(); }));
+    ::setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_TRUE(eventually([&] { return server.getCount() == 1; }));
+    EXPECT_EQ(printed.errors(), "ERROR: Cannot accept client (Too many open files)\n");
 }
 
 TEST(MultiServerTest, OneConnectionTooManyIsClosedAlone) {

@@ -1,3 +1,4 @@
+#include <Varnex/transport/UDP.h>
 #include <tests/hub/HubFixture.h>
 
 using Varnex::LostReason;
@@ -99,6 +100,24 @@ TEST_F(LostConnectionTest, CallbacksMaySendAndDropAndCloseForgetsNone) {
     hub.dropCommunicator(near[1]);
     hub.close();  // the lost one is deleted in any case
     EXPECT_EQ(received(*far[1]), "");
+}
+
+TEST_F(LostConnectionTest, ADatagramChannelOutlivesWhatStrangersSend) {
+    const CapturedDiagnostics printed;
+    hub.setDeleteLost(true);
+    auto* const channel = new Varnex::UDP;
+    Varnex::UDP stranger;
+    ASSERT_TRUE(channel->open() && stranger.open());
+    stranger.setDestination(Varnex::InetAddress::getLoopbackAddress(), channel->getPort());
+    hub.addCommunicator(channel);
+    for (const char* bad : {"", "x", "this is no event"}) sends(stranger, bad);
+    sends(stranger, std::string("VX01\0\0\0\x10half", 12));
+    Varnex::MessageEvent message;
+    message.send(&stranger);
+    Varnex::HubReader reader(hub);
+    EXPECT_EQ(reader.read().what, Varnex::HubReader::What::Event);
+    hub.setSendPolicy({.mode = Varnex::SendPolicy::Queue});
+    EXPECT_EQ(hub.getCount(), 1);
 }
 
 TEST_F(LostConnectionTest, ReadersDropWhatEndsOrSendsGarbageAndNobodyWaitsForHalfAnEvent) {

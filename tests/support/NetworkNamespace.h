@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include <arpa/inet.h>
 #include <net/if.h>
 #include <net/route.h>
 #include <netinet/in.h>
@@ -9,6 +10,19 @@
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
+
+/// Gives the loopback interface one more address.
+inline bool addLoopbackAddress(const char* dotted) {
+    const int fd = ::socket(AF_INET, SOCK_DGRAM, 0);
+    ifreq alias{};
+    std::strcpy(alias.ifr_name, "lo:1");
+    auto& address = reinterpret_cast<sockaddr_in&>(alias.ifr_addr);
+    address.sin_family = AF_INET;
+    ::inet_pton(AF_INET, dotted, &address.sin_addr);
+    const bool done = ::ioctl(fd, SIOCSIFADDR, &alias) == 0;
+    ::close(fd);
+    return done;
+}
 
 /// Moves the calling thread, and those it makes from now on, to a network of their own with nothing but a loopback
 /// interface that carries multicast. False when the system does not allow it.
