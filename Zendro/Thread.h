@@ -22,8 +22,8 @@ public:
     /// Begins `main()`. False when an earlier start was not joined yet or the system cannot make a thread.
     bool start();
 
-    /// Waits for the end of `main()` and returns what it returned; at once when the thread is not started. On the thread
-    /// itself it returns at once, too, and the join is still due.
+    /// Waits for the end of `main()` and returns what it returned; at once when the thread is not started. On the
+    /// thread itself it returns at once, too, and the join is still due.
     int join();
 
     /// Called on a thread whose `main()` lets an exception escape, while it is being handled (`throw;` finds it).
