@@ -15,6 +15,33 @@
 
 namespace Varnex {
 
+namespace {
+
+/// Holds the list to change it. Busy senders look whether anybody waits for this: the mutex itself is not fair, and
+/// would let them have it again and again.
+class VARNEX_SCOPED_CAPABILITY ChangeLock {
+public:
+    ChangeLock(Zendro::Mutex& mutex, std::atomic<int>& waiting) VARNEX_ACQUIRE(mutex) : mutex_(mutex) {
+        ++waiting;
+        mutex_.lock();
+        --waiting;
+    }
+    ~ChangeLock() VARNEX_RELEASE() { mutex_.unlock(); }
+    ChangeLock(const ChangeLock&) = delete;
+    ChangeLock& operator=(const ChangeLock&) = delete;
+
+private:
+    Zendro::Mutex& mutex_;
+};
+
+/// Not for ever: while another sender is blocked, nobody gets on.
+void letChangersFirst(const std::atomic<int>& waiting) {
+    constexpr int kPatience = 100;
+    for (int i = 0; i < kPatience && waiting > 0; ++i) std::this_thread::yield();
+}
+
+}  // namespace
+
 MultiCommunicator::MultiCommunicator() : monitor_(std::make_unique<ConnectionMonitor>(*this)) {}
 
 MultiCommunicator::~MultiCommunicator() {
@@ -27,11 +54,11 @@ bool MultiCommunicator::open() {
 
 bool MultiCommunicator::close() {
     {
-        const Zendro::MutexLock lock(listMutex_);
+        const ChangeLock lock(listMutex_, changers_);
         closing_ = true;
     }
     monitor_->stop();  // without the lock, which its callbacks may want
-    const Zendro::MutexLock lock(listMutex_);
+    const ChangeLock lock(listMutex_, changers_);
     stopAll();
     for (CommThread* const each : std::exchange(commThreads_, {})) {
         const std::unique_ptr<Communicator> connection(each->getCommunicator());
@@ -48,7 +75,7 @@ void MultiCommunicator::stopAll() {
 }
 
 bool MultiCommunicator::addCommunicator(Communicator* connection) {
-    const Zendro::MutexLock lock(listMutex_);
+    const ChangeLock lock(listMutex_, changers_);
     if (!closing_) monitor_->start();
     if (!closing_) monitor_->connected(connection);  // before its thread can report its loss
     commThreads_.push_back(createCommThread(this, connection));
@@ -74,7 +101,7 @@ void MultiCommunicator::removeCommunicator(Communicator* connection) {
 }
 
 bool MultiCommunicator::detach(const Communicator* connection) {
-    const Zendro::MutexLock lock(listMutex_);
+    const ChangeLock lock(listMutex_, changers_);
     return take(find(connection)).connection != nullptr;
 }
 
@@ -99,22 +126,26 @@ MultiCommunicator::Detached MultiCommunicator::take(Connections::iterator place)
 
 /// Takes a lost connection out, unless the consumer has it: then its end is reported once it is handed back.
 bool MultiCommunicator::detachLost(unsigned long long number, LostReason reason) {
-    const Zendro::MutexLock lock(listMutex_);
+    const ChangeLock lock(listMutex_, changers_);
     const auto place = find(number);
     return place != commThreads_.end() && (*place)->retire(reason) && take(place).connection != nullptr;
 }
 
 bool MultiCommunicator::dropCommunicator(Communicator* connection, LostReason reason) {
-    listMutex_.lock();
-    const Detached taken = take(find(connection));
-    listMutex_.unlock();
+    Detached taken;
+    {
+        const ChangeLock lock(listMutex_, changers_);
+        taken = take(find(connection));
+    }
     return give(taken, reason);
 }
 
 bool MultiCommunicator::dropNumber(unsigned long long number, LostReason reason) {
-    listMutex_.lock();
-    const Detached taken = take(find(number));
-    listMutex_.unlock();
+    Detached taken;
+    {
+        const ChangeLock lock(listMutex_, changers_);
+        taken = take(find(number));
+    }
     return give(taken, reason);
 }
 
@@ -156,6 +187,7 @@ template <class Selects>
 bool MultiCommunicator::sendToSelected(Selects selects, const void* data, int& length) {
     const int requested = length;
     bool all = true;
+    letChangersFirst(changers_);
     const Zendro::MutexLock lock(listMutex_);
     const BroadcastScope scope;
     for (CommThread* const each : commThreads_) {

@@ -164,6 +164,7 @@ private:
 
     // Lock order: listMutex_ before queueMutex_.
     mutable Zendro::Mutex listMutex_ VARNEX_ACQUIRED_BEFORE(queueMutex_);
+    std::atomic<int> changers_ = 0;  // threads that wait for listMutex_ to change the list
     Connections commThreads_ VARNEX_GUARDED_BY(listMutex_);
     std::atomic<unsigned long long> lastNumber_ = 0;
     SendPolicy policy_;  // set under listMutex_
