@@ -31,10 +31,10 @@ public:
     /// Milliseconds that each connection attempt of the hub's own may take, unless set otherwise.
     static constexpr int kDefaultConnectTimeout = 5000;
 
-    /// The low 32 bits of the mask count.
     /// Connections held at the same time.
     static constexpr int kDefaultMaxConnections = 10000;
 
+    /// The low 32 bits of the mask count.
     explicit MultiClient(long mask);
     ~MultiClient() override;
 
