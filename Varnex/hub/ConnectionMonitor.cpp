@@ -44,6 +44,11 @@ void ConnectionMonitor::connected(Communicator* connection) {
     post(std::move(news));
 }
 
+void ConnectionMonitor::withdraw(const Communicator* connection) {
+    const Zendro::MutexLock lock(mutex_);
+    std::erase_if(news_, [=](const News& each) { return each.connection == connection; });
+}
+
 void ConnectionMonitor::lost(unsigned long long number, Communicator* connection, LostReason reason) {
     post({connection, true, reason, number, nullptr, false});
 }

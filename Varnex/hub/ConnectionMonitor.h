@@ -32,6 +32,8 @@ public:
 
     // From any thread, also with locks of the hub held.
     void connected(Communicator* connection);
+    /// It is not connected after all.
+    void withdraw(const Communicator* connection);
     void lost(unsigned long long number, Communicator* connection, LostReason reason);
     /// Deletes the connection in the end; `isKnown`: it was `lost` already.
     void dropped(unsigned long long number, std::unique_ptr<Communicator> connection, LostReason reason, bool isKnown);

@@ -34,7 +34,9 @@ void Dialler::announced(const std::string& host, unsigned short port) {
 void Dialler::lost(const std::string& host, unsigned short port) {
     const Zendro::MutexLock lock(mutex_);
     Plan* const plan = largest_.count() == 0 ? nullptr : planFor({host, port});
-    if (plan == nullptr || plan->state == State::Dialling) return;
+    if (plan == nullptr) return;
+    plan->isLostAgain = plan->state == State::Dialling;
+    if (plan->isLostAgain) return;  // by the time that dialling it is settled
     if (plan->state == State::Connected && Clock::now() - plan->since > largest_) plan->pause = Milliseconds(0);
     plan->wasLost = true;
     postpone(*plan);
@@ -43,7 +45,15 @@ void Dialler::lost(const std::string& host, unsigned short port) {
 
 void Dialler::forget(const std::string& host, unsigned short port) {
     const Zendro::MutexLock lock(mutex_);
-    plans_.erase({host, port});
+    const auto plan = plans_.find({host, port});
+    if (plan == plans_.end()) return;
+    plan->second.isForgotten = plan->second.state == State::Dialling;
+    if (!plan->second.isForgotten) plans_.erase(plan);
+}
+
+void Dialler::wanted(const std::string& host, unsigned short port) {
+    const Zendro::MutexLock lock(mutex_);
+    if (const auto plan = plans_.find({host, port}); plan != plans_.end()) plan->second.isForgotten = false;
 }
 
 /// Null when no more can be taken up.
@@ -121,17 +131,20 @@ void Dialler::dial(const Server& server) {
 bool Dialler::settle(const Server& server, bool connected) {
     const Zendro::MutexLock lock(mutex_);
     const auto plan = plans_.find(server);
-    if (plan == plans_.end()) return !connected || !allowed_;
-    if (connected) {
+    if (plan == plans_.end()) return true;  // stopped
+    const bool isForgotten = plan->second.isForgotten;
+    const bool isLostAgain = connected && std::exchange(plan->second.isLostAgain, false);
+    if (isForgotten || (!connected && !plan->second.wasLost)) {
+        plans_.erase(plan);
+    } else if (connected && !isLostAgain) {
         plan->second.state = State::Connected;
         plan->second.since = Clock::now();
-    } else if (plan->second.wasLost) {
-        postpone(plan->second);
     } else {
-        plans_.erase(plan);
+        plan->second.wasLost = true;
+        postpone(plan->second);
     }
     changed_.notify_all();
-    return true;
+    return !(connected && isForgotten);
 }
 
 }  // namespace Varnex

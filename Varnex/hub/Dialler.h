@@ -45,6 +45,8 @@ public:
     void announced(const std::string& host, unsigned short port) VARNEX_EXCLUDES(mutex_);
     void lost(const std::string& host, unsigned short port) VARNEX_EXCLUDES(mutex_);
     void forget(const std::string& host, unsigned short port) VARNEX_EXCLUDES(mutex_);
+    /// Takes a `forget` back: the application has connected to it, or found it connected.
+    void wanted(const std::string& host, unsigned short port) VARNEX_EXCLUDES(mutex_);
 
     /// Forgets all and ends the threads; what the dial function blocks on is for the caller to end.
     void stop() VARNEX_EXCLUDES(mutex_);
@@ -55,9 +57,11 @@ private:
     enum class State { Due, Dialling, Connected };
     struct Plan {
         State state = State::Due;
-        Clock::time_point since;  // due, or connected
-        Milliseconds pause{0};    // before the last dial
-        bool wasLost = false;     // and so is dialled again
+        Clock::time_point since;   // due, or connected
+        Milliseconds pause{0};     // before the last dial
+        bool wasLost = false;      // and so is dialled again
+        bool isForgotten = false;  // while dialling
+        bool isLostAgain = false;  // while dialling
     };
     using Plans = std::map<Server, Plan>;
 

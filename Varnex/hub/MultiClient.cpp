@@ -199,6 +199,7 @@ bool MultiClient::connectToServer(const std::string& host, unsigned short port) 
     for (const SocketAddress& address : addresses) {
         const std::string key = keyOf(address.getHostAddress(), address.getServicePort());
         bool connected = false;
+        if (!HubsOwnDial::isUnderWay()) dialler_->wanted(address.getHostAddress(), address.getServicePort());
         if (!beginDial(key, connected)) return connected;
         const Dial dial(*this);
         if (client == nullptr) client = makeClient();
@@ -273,7 +274,12 @@ bool MultiClient::dropServer(const std::string& key) {
 
 /// Of a server that was dialled again while `disconnectFromServer` gave it up.
 void MultiClient::giveUp(const std::string& host, unsigned short port) {
-    dropServer(keyOf(host, port));
+    const Zendro::MutexLock lock(connectionsMutex_);
+    const auto found = connections_.find(keyOf(host, port));
+    if (found == connections_.end()) return;
+    auto* const client = dynamic_cast<Client*>(found->second);
+    connections_.erase(found);
+    if (client != nullptr) client->abort();  // its end is a loss: the hub deletes it when the consumer does not have it
 }
 
 void MultiClient::setReconnect(int minMs, int maxMs) {

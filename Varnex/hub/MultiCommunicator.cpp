@@ -78,7 +78,12 @@ bool MultiCommunicator::addCommunicator(Communicator* connection) {
     const ChangeLock lock(listMutex_, changers_);
     if (!closing_) monitor_->start();
     if (!closing_) monitor_->connected(connection);  // before its thread can report its loss
-    commThreads_.push_back(createCommThread(this, connection));
+    try {
+        commThreads_.push_back(createCommThread(this, connection));
+    } catch (...) {
+        monitor_->withdraw(connection);
+        throw;
+    }
     return true;
 }
 

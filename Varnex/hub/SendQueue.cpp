@@ -70,8 +70,7 @@ bool SendQueue::couldFit(int size) const {
 
 void SendQueue::dropOldest() {
     const QueuedMessage& oldest = waiting_.front();
-    counters_.waiting.remove(oldest.size);
-    counters_.dropped.add(oldest.size);
+    drop(oldest.size);
     if (conflating_)
         if (const auto key = keyOf(oldest))
             if (const auto found = newest_.find(*key); found != newest_.end() && found->second == firstNumber_)
@@ -95,12 +94,24 @@ bool SendQueue::replaceOlder(const QueuedMessage& message) {
     if (found == newest_.end() || found->second < firstNumber_) return false;  // none, or it is being sent
     QueuedMessage& older = waiting_[found->second - firstNumber_];
     const auto others = counters_.waiting.bytes - static_cast<unsigned long long>(older.size);
-    if (others + static_cast<unsigned long long>(message.size) > limit(policy_.maxBytes)) return false;
-    counters_.waiting.remove(older.size);
-    counters_.dropped.add(older.size);
-    counters_.waiting.add(message.size);
-    older = message;
-    return true;
+    if (others + static_cast<unsigned long long>(message.size) <= limit(policy_.maxBytes)) {
+        drop(older.size);
+        counters_.waiting.add(message.size);
+        older = message;
+        return true;
+    }
+    if (!couldFit(message.size)) return false;
+    drop(older.size);
+    waiting_.erase(waiting_.begin() + static_cast<std::ptrdiff_t>(found->second - firstNumber_));
+    const auto gone = found->second;
+    newest_.erase(found);
+    for (auto& [ignored, number] : newest_) number -= number > gone ? 1 : 0;
+    return false;
+}
+
+void SendQueue::drop(int size) {
+    counters_.waiting.remove(size);
+    counters_.dropped.add(size);
 }
 
 /// Drops what there is a newer one of, from now on also as it comes.
@@ -114,8 +125,7 @@ void SendQueue::keepNewestOnly() {
             kept.push_front(std::move(*message));
             continue;
         }
-        counters_.waiting.remove(message->size);
-        counters_.dropped.add(message->size);
+        drop(message->size);
     }
     waiting_ = std::move(kept);
     for (std::size_t i = 0; i < waiting_.size(); ++i)
@@ -150,13 +160,20 @@ void SendQueue::took(int bytes) {
     }
     begunBytes_ += bytes;
     const std::size_t begun = begunBytes_ > 0 ? 1 : 0;
-    for (; sending_.size() > begun; --firstNumber_) {
-        waiting_.push_front(std::move(sending_.back()));
-        sending_.pop_back();
-    }
+    for (auto number = firstNumber_; sending_.size() > begun; sending_.pop_back()) putBack(sending_.back(), --number);
     if (!waiting_.empty() || !conflating_) return;
     conflating_ = false;
     newest_.clear();
+}
+
+/// Before all that waits; `number` is the one that the message had there. Drops it when there is a newer one by now.
+void SendQueue::putBack(QueuedMessage& message, unsigned long long number) {
+    const auto key = conflating_ ? keyOf(message) : std::nullopt;
+    const auto newest = key ? newest_.find(*key) : newest_.end();
+    if (newest != newest_.end() && newest->second > number) return drop(message.size);
+    waiting_.push_front(std::move(message));
+    --firstNumber_;
+    if (newest != newest_.end()) newest->second = firstNumber_;
 }
 
 void SendQueue::close() {

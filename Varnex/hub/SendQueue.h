@@ -50,6 +50,8 @@ private:
     [[nodiscard]] bool couldFit(int size) const VARNEX_REQUIRES(mutex_);
     void awaitLanding() VARNEX_REQUIRES(mutex_);
     bool replaceOlder(const QueuedMessage& message) VARNEX_REQUIRES(mutex_);
+    void putBack(QueuedMessage& message, unsigned long long number) VARNEX_REQUIRES(mutex_);
+    void drop(int size) VARNEX_REQUIRES(mutex_);
     void keepNewestOnly() VARNEX_REQUIRES(mutex_);
     void append(QueuedMessage message) VARNEX_REQUIRES(mutex_);
     void dropOldest() VARNEX_REQUIRES(mutex_);

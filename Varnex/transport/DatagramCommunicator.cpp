@@ -96,7 +96,7 @@ bool DatagramCommunicator::sendTo(const Chunk* chunks, int count, int& sent, con
 }
 
 bool DatagramCommunicator::receive(void* data, int& n) {
-    if (!isOpen() || data == nullptr || n <= 0) return false;
+    if (!isOpen() || aborted_ || data == nullptr || n <= 0) return false;
     while (unread_ == 0) {
         int size = 0;
         if (!waitForData() || !NetCommunicator::dataAvail(size)) return false;
@@ -141,7 +141,7 @@ int DatagramCommunicator::take(void* data, int size) {
 }
 
 int DatagramCommunicator::waitForData(int ms) {
-    const int result = NetCommunicator::waitForData(unread_ > 0 ? 0 : ms);
+    const int result = aborted_ ? static_cast<int>(WaitFailed) : NetCommunicator::waitForData(unread_ > 0 ? 0 : ms);
     if (aborted_) return WaitFailed;
     return unread_ > 0 && result == WaitTimedOut ? static_cast<int>(WaitData) : result;
 }

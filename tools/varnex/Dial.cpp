@@ -10,7 +10,7 @@ namespace VarnexTool {
 
 namespace {
 
-constexpr std::chrono::seconds kHangUpTime{2};
+constexpr std::chrono::milliseconds kHangUpTime{1500};  // less than what a stop leaves
 constexpr std::chrono::milliseconds kDiscardPause{10};
 
 }  // namespace

@@ -13,7 +13,7 @@ inline constexpr double kDefaultConnectSeconds = 10;
 /// Opens a connection that sends small packets at once. Throws `Failure` with the reason.
 void dial(Varnex::Client& client, const Endpoint& to, std::chrono::duration<double> timeout);
 
-/// Waits, for two seconds at most, until the peer has taken everything and closes too.
+/// Waits, for a second and a half at most, until the peer has taken everything and closes too.
 void hangUp(Varnex::Client& client);
 
 /// Throws away what a connection brings to a program that only sends, as one to a hub does, so that it does not fill

@@ -36,6 +36,7 @@ bool StatusLine::show(const std::string& line) {
 }
 
 void StatusLine::note(const std::string& line) {
+    if (!isTerminal_) return EventLog::note(line);  // must not wait for whoever reads the status
     const Zendro::MutexLock lock(mutex_);
     const std::string shown = shown_;
     clear();
