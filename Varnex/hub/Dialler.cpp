@@ -17,6 +17,11 @@ void Dialler::setPauses(Milliseconds smallest, Milliseconds largest) {
     largest_ = std::max(largest, smallest_);
 }
 
+void Dialler::setMaxServers(std::size_t servers) {
+    const Zendro::MutexLock lock(mutex_);
+    maxServers_ = servers;
+}
+
 void Dialler::allow() {
     const Zendro::MutexLock lock(mutex_);
     allowed_ = true;
@@ -58,7 +63,7 @@ void Dialler::wanted(const std::string& host, unsigned short port) {
 
 /// Null when no more can be taken up.
 Dialler::Plan* Dialler::planFor(const Server& server) {
-    if (!allowed_ || (plans_.size() >= kMaxServers && plans_.count(server) == 0)) return nullptr;
+    if (!allowed_ || (plans_.size() >= maxServers_ && plans_.count(server) == 0)) return nullptr;
     startWorkers();
     return &plans_[server];
 }

@@ -29,15 +29,17 @@ public:
     using GiveUp = std::function<void(const std::string& host, unsigned short port)>;
 
     static constexpr std::size_t kWorkers = 4;
-    /// Servers that are dialled or may be dialled again; more are not taken up.
-    static constexpr std::size_t kMaxServers = 4096;
 
     /// `giveUp` is called for a server that was forgotten while it was dialled with success.
-    Dialler(Dial dial, GiveUp giveUp) : dial_(std::move(dial)), giveUp_(std::move(giveUp)) {}
+    Dialler(Dial dial, GiveUp giveUp, std::size_t maxServers)
+        : dial_(std::move(dial)), giveUp_(std::move(giveUp)), maxServers_(maxServers) {}
     ~Dialler();
 
     /// Lost servers are dialled again from now on.
     void setPauses(Milliseconds smallest, Milliseconds largest) VARNEX_EXCLUDES(mutex_);
+
+    /// Servers that are dialled or may be dialled again; more are not taken up.
+    void setMaxServers(std::size_t servers) VARNEX_EXCLUDES(mutex_);
 
     /// From here on until `stop`, the operations below do something.
     void allow() VARNEX_EXCLUDES(mutex_);
@@ -79,6 +81,7 @@ private:
     std::condition_variable_any changed_;
     Plans plans_ VARNEX_GUARDED_BY(mutex_);
     bool allowed_ VARNEX_GUARDED_BY(mutex_) = false;
+    std::size_t maxServers_ VARNEX_GUARDED_BY(mutex_);
     Milliseconds smallest_ VARNEX_GUARDED_BY(mutex_){0};
     Milliseconds largest_ VARNEX_GUARDED_BY(mutex_){0};  // 0: lost servers are let go
     std::minstd_rand random_ VARNEX_GUARDED_BY(mutex_){std::random_device{}()};

@@ -77,7 +77,7 @@ MultiClient::MultiClient(long mask) : mask_(mask) {
             const HubsOwnDial own;
             return connectToServer(host, port);
         },
-        [this](const std::string& host, unsigned short port) { giveUp(host, port); });
+        [this](const std::string& host, unsigned short port) { giveUp(host, port); }, kDefaultMaxServers);
     prepareDiscovery(multicast_);
     setDetachedHook([this](Communicator* connection) { forget(connection, true); });
 }
@@ -285,6 +285,10 @@ void MultiClient::giveUp(const std::string& host, unsigned short port) {
 void MultiClient::setReconnect(int minMs, int maxMs) {
     dialler_->setPauses(Dialler::Milliseconds(minMs), Dialler::Milliseconds(maxMs));
     setDeleteLost(true);
+}
+
+void MultiClient::setMaxServers(int servers) {
+    dialler_->setMaxServers(static_cast<std::size_t>(std::max(servers, 0)));
 }
 
 bool MultiClient::setDiscoveryInterfaces(const std::vector<std::string>& addressesOrNames) {

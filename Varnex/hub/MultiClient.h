@@ -34,6 +34,9 @@ public:
     /// Connections held at the same time.
     static constexpr int kDefaultMaxConnections = 10000;
 
+    /// Servers that are dialled, by announcement or again, at the same time or later.
+    static constexpr int kDefaultMaxServers = 4096;
+
     /// The low 32 bits of the mask count.
     explicit MultiClient(long mask);
     ~MultiClient() override;
@@ -77,6 +80,12 @@ public:
 
     /// More are refused, with an ERROR line; 0: no limit.
     void setMaxConnections(int connections) { maxConnections_ = connections; }
+
+    /// Announced and lost servers beyond this are not dialled; 0 or less: none is.
+    void setMaxServers(int servers);
+
+    /// How many routers a query may pass, see `Multicast::setTTL`.
+    void setDiscoveryTTL(int hops) { multicast_.setTTL(hops); }
 
     /// Where to discover, by address or name: one interface or several instead of the one that carries the host's own
     /// address. False when one does not exist; nothing changes then.

@@ -66,6 +66,9 @@ public:
     bool setDiscoveryInterfaces(const std::vector<std::string>& addressesOrNames);
     bool setDiscoveryInterface(const std::string& addressOrName) { return setDiscoveryInterfaces({addressOrName}); }
 
+    /// How many routers an announcement may pass, see `Multicast::setTTL`.
+    void setDiscoveryTTL(int hops) { multicast_.setTTL(hops); }
+
     /// The numeric address that clients shall connect to, or a name, whose first address `open` looks up; empty: as
     /// above. Clients do not look names up.
     void setAnnouncedHost(const std::string& host) { announcedHost_ = host; }
