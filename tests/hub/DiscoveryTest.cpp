@@ -2,9 +2,8 @@
 #include <Varnex/transport/BufferedCommunicator.h>
 #include <Varnex/transport/Exception.h>
 #include <tests/hub/HubFixture.h>
+#include <tests/support/FailingCall.h>
 #include <tests/support/NetworkNamespace.h>
-
-#include <sys/resource.h>
 
 using Varnex::MultiClient;
 using Varnex::MultiServer;
@@ -204,17 +203,9 @@ TEST(MultiServerTest, WithoutDescriptorsItPausesAndGoesOn) {
     MultiServer server(1);
     const CapturedDiagnostics printed;
     ASSERT_TRUE(server.open("127.0.0.1", 0, false));
-    std::vector<Varnex::SocketAddress> to;
-    Varnex::SocketAddress::resolve("127.0.0.1", server.getLocalPort(), Varnex::SocketAddress::NoFlags,
-                                   Varnex::SocketAddress::Stream, Varnex::SocketAddress::TCP, to);
-    const Varnex::UniqueFd client(::socket(AF_INET, SOCK_STREAM, 0));
-    rlimit before{};
-    ::getrlimit(RLIMIT_NOFILE, &before);
-    const rlimit none{static_cast<rlim_t>(client.get()) + 1, before.rlim_max};
-    ::setrlimit(RLIMIT_NOFILE, &none);
-    EXPECT_EQ(::connect(client.get(), to[0].getAddress(), to[0].getAddressLength()), 0);
-    EXPECT_TRUE(eventually([&] { return !printed.errors().empty(); }));
-    ::setrlimit(RLIMIT_NOFILE, &before);
+    const FailingCall none(Call::accept4, EMFILE, -1, 3);
+    Varnex::Client client;
+    client.open("127.0.0.1", server.getLocalPort());
     EXPECT_TRUE(eventually([&] { return server.getCount() == 1; }));
     EXPECT_EQ(printed.errors(), "ERROR: Cannot accept client (Too many open files)\n");
 }

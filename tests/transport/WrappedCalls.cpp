@@ -1,4 +1,4 @@
-#include <tests/support/FailingCall.h>
+#include <tests/support/WrapCall.h>
 
 #include <csignal>
 
@@ -6,16 +6,6 @@
 #include <poll.h>
 #include <sys/socket.h>
 #include <termios.h>
-
-// A close(2) that fails has closed all the same.
-#define VARNEX_WRAP(Result, name, parameters, arguments)        \
-    extern "C" Result __real_##name parameters;                 \
-    extern "C" Result __wrap_##name parameters {                \
-        const auto* script = FailingCall::due(Call::name);      \
-        if (script == nullptr) return __real_##name arguments;  \
-        if (Call::name == Call::close) __real_##name arguments; \
-        return (Result)(long)script->result;                    \
-    }
 
 VARNEX_WRAP(int, accept4, (int fd, sockaddr* address, socklen_t* size, int flags), (fd, address, size, flags))
 VARNEX_WRAP(int, bind, (int fd, const sockaddr* address, socklen_t size), (fd, address, size))
