@@ -1,0 +1,108 @@
+#pragma once
+
+#include <Varnex/Export.h>
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <streambuf>
+#include <string>
+
+namespace Varnex {
+
+class Receiver;
+class Sender;
+
+/// A standard stream buffer that writes through a `Sender` and reads through a `Receiver`.
+///
+/// Output waits in the buffer until that is full, is flushed or is closed; the destructor drops it. Blocks that do not
+/// fit go to the sender uncopied. Failures show as the standard return values, nothing throws or prints of its own.
+/// One thread writes while another reads; `breakWait` is for any thread.
+class VARNEX_API StreamBuf : public std::streambuf {
+public:
+    /// Sizes in bytes; 0: nothing can be written, or read, through that side. `sender` and `receiver` may be null, and
+    /// are deleted by the destructor as the flags say (what is both is deleted by one of them alone); otherwise they
+    /// outlive this object.
+    StreamBuf(Sender* sender, Receiver* receiver, unsigned sendBufSize, unsigned recvBufSize, bool deleteSender,
+              bool deleteReceiver);
+    StreamBuf(const StreamBuf&) = delete;
+    StreamBuf& operator=(const StreamBuf&) = delete;
+
+    // The order of the virtual operations is binary interface: append, never reorder.
+    /// Drops what was not flushed.
+    ~StreamBuf() override;
+
+    /// Sends past the buffer; on return `length` is how many bytes were taken. False, with 0, without a sender.
+    bool send(const void* data, int& length);
+
+    /// Receives past the buffer, once data is there within the time-out. False, with 0, when none came.
+    bool receive(void* data, int& length);
+
+    /// Unread bytes and those that the receiver has; false, with 0, without either, or when it cannot tell.
+    bool dataAvail(int& count);
+
+    /// Waits without limit, but the deadline's. Unread bytes count as data, here and in the next.
+    bool waitForData();
+    /// Waits at most `ms` milliseconds, -1 without limit. One of `Receiver::WaitResult`; 0 when nothing can be read.
+    int waitForData(int ms);
+
+    /// Ends one wait of the receiver, the present or the next; a read then meets the end of the file.
+    void breakWait();
+
+    /// Flushes, then closes the receiver, or the sender if there is no receiver; unread and unsent bytes are dropped.
+    /// The result of closing.
+    bool close();
+
+    /// The system's text for the present `errno`.
+    [[nodiscard]] std::string lastError() const;
+
+    /// Pending output that does not fit the new size is flushed first; what does fit is dropped: flush before.
+    void setSendBufSize(unsigned size);
+    /// Unread input stays; a size too small for it changes nothing.
+    void setRecvBufSize(unsigned size);
+
+    /// How long each wait of a read may take: milliseconds, -1 without limit (at first).
+    void setTimeout(int ms) { timeout_ = ms; }
+    [[nodiscard]] int getTimeout() const { return timeout_; }
+
+    /// Ends all reads, waits and flushes together `ms` milliseconds from now, however many bytes trickle in; -1: never
+    /// (at first). What is buffered can still be read. A single send that blocks is not ended; give the connection a
+    /// send time-out of its own for that.
+    void setDeadline(int ms);
+
+protected:
+    int_type overflow(int_type c) override;
+    int sync() override;
+    std::streamsize xsputn(const char* s, std::streamsize n) override;
+    int_type underflow() override;
+    std::streamsize showmanyc() override;
+    std::streamsize xsgetn(char* s, std::streamsize n) override;
+
+    /// What the public operations of these names ask, put to the receiver alone.
+    bool protDataAvail(int& count);
+    bool protWaitForData();
+    int protWaitForData(int ms);
+
+private:
+    /// As much of a wait as the deadline leaves; none when it has passed.
+    [[nodiscard]] std::optional<int> limited(int ms) const;
+    [[nodiscard]] std::streamsize sendSome(const char* data, std::streamsize n);
+    [[nodiscard]] std::streamsize receiveSome(char* data, std::streamsize n);
+    [[nodiscard]] std::streamsize pending() const { return pptr() - pbase(); }
+    [[nodiscard]] std::streamsize unread() const { return egptr() - gptr(); }
+    void clearPutArea();
+    void setUnread(std::streamsize n);
+
+    Sender* sender_;
+    Receiver* receiver_;
+    std::unique_ptr<Receiver> ownedReceiver_;
+    std::unique_ptr<Sender> ownedSender_;
+    unsigned sendBufSize_;
+    unsigned recvBufSize_;
+    std::unique_ptr<char[]> sendBuf_;
+    std::unique_ptr<char[]> recvBuf_;
+    int timeout_ = -1;
+    std::optional<std::chrono::steady_clock::time_point> deadline_;
+};
+
+}  // namespace Varnex

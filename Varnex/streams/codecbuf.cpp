@@ -1,0 +1,118 @@
+#include <Varnex/streams/codecbuf.h>
+
+#include <cstring>
+#include <istream>
+#include <ostream>
+
+namespace Varnex {
+
+codecbuf::codecbuf(std::ostream* target, std::istream* source) : target_(target), source_(source) {}
+
+codecbuf::~codecbuf() = default;
+
+bool codecbuf::isTargetGood() const {
+    return target_ != nullptr && target_->good();
+}
+
+std::streamsize codecbuf::readSource(char* s, std::streamsize n) {
+    if (!source_->good()) return 0;
+    const std::streamsize got = source_->rdbuf()->sgetn(s, n);
+    if (got < n) source_->setstate(std::ios_base::eofbit);
+    return got;
+}
+
+codecbuf::int_type codecbuf::atEnd(int_type c) {
+    if (traits_type::eq_int_type(c, traits_type::eof())) source_->setstate(std::ios_base::eofbit);
+    return c;
+}
+
+codecbuf::int_type codecbuf::readSource() {
+    return source_->good() ? atEnd(source_->rdbuf()->sbumpc()) : traits_type::eof();
+}
+
+codecbuf::int_type codecbuf::peekSource() {
+    return source_->good() ? atEnd(source_->rdbuf()->sgetc()) : traits_type::eof();
+}
+
+void codecbuf::makeBuffer() {
+    if (buffer_ != nullptr) return;
+    ownBuffer_ = std::make_unique_for_overwrite<char[]>(kBufferSize);
+    buffer_ = ownBuffer_.get();
+    bufferEnd_ = buffer_ + kBufferSize;
+}
+
+void codecbuf::clearAreas() {
+    setg(nullptr, nullptr, nullptr);
+    setp(nullptr, nullptr);
+}
+
+// The last byte is kept for the character that `overflow` is given.
+void codecbuf::openPutArea() {
+    setp(buffer_, bufferEnd_ - 1);
+}
+
+bool codecbuf::prepareToWrite() {
+    if (target_ == nullptr) return false;
+    makeBuffer();
+    if (gptr() < egptr()) return false;  // the array still holds input
+    setg(nullptr, nullptr, nullptr);
+    if (pptr() == nullptr) openPutArea();
+    return true;
+}
+
+bool codecbuf::convertPending() {
+    const std::streamsize pending = pptr() - pbase();
+    const char* const begin = pbase();
+    clearAreas();  // also when what follows fails or throws
+    if (pending > 0 && convertWritten(begin, pending) < pending) return false;
+    openPutArea();
+    return true;
+}
+
+codecbuf::int_type codecbuf::overflow(int_type c) {
+    if (!prepareToWrite()) return traits_type::eof();
+    const bool finish = traits_type::eq_int_type(c, traits_type::eof());
+    if (!finish) {
+        *pptr() = traits_type::to_char_type(c);
+        pbump(1);
+    }
+    if (!convertPending() || (finish && !finishWritten())) return traits_type::eof();
+    return traits_type::not_eof(c);
+}
+
+int codecbuf::sync() {
+    const bool hasInput = gptr() < egptr();
+    return hasInput || traits_type::eq_int_type(overflow(traits_type::eof()), traits_type::eof()) ? -1 : 0;
+}
+
+std::streamsize codecbuf::xsputn(const char* s, std::streamsize n) {
+    if (n <= 0 || !prepareToWrite()) return 0;
+    if (n >= epptr() - pptr()) return convertPending() ? convertWritten(s, n) : 0;
+    std::memcpy(pptr(), s, static_cast<std::size_t>(n));
+    pbump(static_cast<int>(n));
+    return n;
+}
+
+codecbuf::int_type codecbuf::underflow() {
+    if (source_ == nullptr) return traits_type::eof();
+    if (gptr() < egptr()) return traits_type::to_int_type(*gptr());
+    if (pptr() > pbase() && traits_type::eq_int_type(overflow(traits_type::eof()), traits_type::eof()))
+        return traits_type::eof();
+    makeBuffer();
+    clearAreas();
+    const std::streamsize n = convertRead(buffer_, bufferEnd_ - buffer_);
+    if (n <= 0) return traits_type::eof();
+    setg(buffer_, buffer_, buffer_ + n);
+    return traits_type::to_int_type(*gptr());
+}
+
+std::streambuf* codecbuf::setbuf(char* s, std::streamsize n) {
+    if (buffer_ != nullptr) return nullptr;
+    const bool usable = s != nullptr && n >= 2;
+    buffer_ = usable ? s : &slot_;
+    bufferEnd_ = usable ? s + n : &slot_ + 1;
+    clearAreas();
+    return this;
+}
+
+}  // namespace Varnex

@@ -1,0 +1,15 @@
+#include <Varnex/streams/obase64decodestream.h>
+
+namespace Varnex {
+
+obase64decodestream::obase64decodestream(std::ostream& target)
+    : base64decodebase(target), std::ostream(base64decodebase::rdbuf()) {}
+
+obase64decodestream::~obase64decodestream() {
+    try {
+        rdbuf()->pubsync();
+    } catch (...) {  // the target throws: it knows, and a destructor must not
+    }
+}
+
+}  // namespace Varnex

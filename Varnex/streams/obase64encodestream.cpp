@@ -1,0 +1,17 @@
+#include <Varnex/streams/obase64encodestream.h>
+
+#include <utility>
+
+namespace Varnex {
+
+obase64encodestream::obase64encodestream(std::ostream& target, std::string lineSeparator)
+    : base64encodebase(target, std::move(lineSeparator)), std::ostream(base64encodebase::rdbuf()) {}
+
+obase64encodestream::~obase64encodestream() {
+    try {
+        rdbuf()->pubsync();
+    } catch (...) {  // the target throws: it knows, and a destructor must not
+    }
+}
+
+}  // namespace Varnex
