@@ -25,10 +25,11 @@ inline void check(bool holds) {
     if (!holds) std::abort();
 }
 
-/// The text of an input, in a block of its size; `isLong` repeats it past the slices and work arrays of the library.
-inline std::vector<char> textOf(const std::uint8_t* data, std::size_t size, bool isLong) {
+/// The text of an input, in a block of its size; rarely, for that is slow, repeated past the library's own arrays.
+inline std::vector<char> textOf(const std::uint8_t* data, std::size_t size) {
     const std::size_t length = size - kTextAt;
-    std::vector<char> text(isLong && length > 0 ? std::max<std::size_t>(length, 20000) : length);
+    const bool isLong = (data[0] & 1) != 0 && data[1] == 255 && length > 0;
+    std::vector<char> text(isLong ? std::max<std::size_t>(length, 9000) : length);
     for (std::size_t i = 0; i < text.size(); ++i) text[i] = static_cast<char>(data[kTextAt + i % length]);
     return text;
 }

@@ -37,7 +37,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (size < Fuzz::kTextAt) return 0;
     const Fuzz::Sizes sizes(data + 1, Fuzz::Sizes::extent);
     const bool headerMode = (data[0] & 2) != 0;
-    const std::vector<char> block = Fuzz::textOf(data, size, (data[0] & 1) != 0);
+    const std::vector<char> block = Fuzz::textOf(data, size);
     const std::string_view text(block.data(), block.size());
     const std::string encoded = convert<quotedprintableencodebuf>(text, headerMode, sizes);
     Fuzz::check(encoded.size() <= 3 * text.size());

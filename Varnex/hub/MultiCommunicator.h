@@ -51,6 +51,7 @@ public:
     bool send(const void* data, int& length) override;
     /// Joins the chunks to one message.
     bool send(const Chunk* chunks, int count, int& length) override;
+    [[nodiscard]] bool keepsMessages() const override { return true; }
 
     /// Makes what watches and feeds one connection; the hub owns it. Called with the list of connections locked:
     /// overrides only construct.

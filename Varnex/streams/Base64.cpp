@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <utility>
 
 namespace Varnex {
 
@@ -41,10 +42,9 @@ bool decodePaddedGroup(char* out, std::string_view group, std::size_t padding) {
 }
 
 Base64Result decodeStrictly(char* out, unsigned long& size, std::string_view text) {
-    const unsigned long room = size;
+    const unsigned long room = std::exchange(size, 0);
     const std::size_t end = text.find_last_not_of('=') + 1;
     const std::size_t padding = text.size() - end;
-    size = 0;
     if (text.size() % 4 != 0 || padding > 2) return Base64Result::BadInput;
     const std::size_t needed = text.size() / 4 * 3 - padding;
     if (needed > room) {
@@ -60,16 +60,27 @@ Base64Result decodeStrictly(char* out, unsigned long& size, std::string_view tex
     return Base64Result::Decoded;
 }
 
+/// What so many characters of the alphabet decode to; a last one alone to nothing.
+constexpr std::size_t decodedSize(std::size_t characters) {
+    return characters / 4 * 3 + characters % 4 * 3 / 4;
+}
+
+std::size_t decodedSize(std::string_view text) {
+    return decodedSize(static_cast<std::size_t>(std::ranges::count_if(text, [](char c) { return valueOf(c) < 64; })));
+}
+
 Base64Result decodeSkipping(char* out, unsigned long& size, std::string_view text) {
-    const unsigned long room = size;
+    const unsigned long room = std::exchange(size, 0);
     text = text.substr(0, text.find('='));
-    const auto characters =
-        static_cast<std::size_t>(std::ranges::count_if(text, [](char c) { return valueOf(c) < 64; }));
-    size = 0;
-    if (characters % 4 == 1) return Base64Result::BadInput;
-    size = characters / 4 * 3 + characters % 4 * 3 / 4;
-    if (size > room) return Base64Result::TooSmall;
-    Base64Decoder().decode(out, size, text);
+    const bool surelyFits = decodedSize(text.size()) <= room;
+    if (const std::size_t needed = surelyFits ? 0 : decodedSize(text); needed > room) {
+        size = needed;
+        return Base64Result::TooSmall;
+    }
+    Base64Decoder decoder;
+    const std::size_t written = decoder.decode(out, room, text);
+    if (decoder.hasLoneCharacter()) return Base64Result::BadInput;
+    size = written;
     return Base64Result::Decoded;
 }
 

@@ -16,6 +16,9 @@ public:
     /// Whether "=" was met.
     [[nodiscard]] bool hasEnded() const { return ended_; }
 
+    /// Whether the last group has one character so far, which is no byte.
+    [[nodiscard]] bool hasLoneCharacter() const { return state_ == 1; }
+
     /// Bytes that `characters` of the alphabet decode to at most, whatever came before.
     static constexpr std::size_t mostBytes(std::size_t characters) { return characters - characters / 4; }
 

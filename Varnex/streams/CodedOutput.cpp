@@ -4,16 +4,6 @@
 
 namespace Varnex {
 
-char* CodedOutput::reserve(std::size_t n) {
-    if (n > kCapacity - size_) failed_ = !flush();
-    return text_.data() + size_;
-}
-
-void CodedOutput::put(char c) {
-    *reserve(1) = c;
-    commit(1);
-}
-
 void CodedOutput::put(std::string_view text) {
     while (!text.empty()) {
         const std::string_view piece = text.substr(0, kCapacity);

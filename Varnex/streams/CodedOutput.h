@@ -24,10 +24,16 @@ public:
     explicit CodedOutput(std::streambuf* sink) : sink_(sink) {}
 
     /// Room for `n` characters, at most `kCapacity`; `commit` tells how many of them were used.
-    [[nodiscard]] char* reserve(std::size_t n);
+    [[nodiscard]] char* reserve(std::size_t n) {
+        if (n > kCapacity - size_) failed_ = !flush();
+        return text_.data() + size_;
+    }
     void commit(std::size_t n) { size_ += n; }
 
-    void put(char c);
+    void put(char c) {
+        *reserve(1) = c;
+        commit(1);
+    }
     void put(std::string_view text);
 
     /// False when the sink did not take everything since construction.

@@ -1,5 +1,6 @@
 #include <Varnex/streams/StreamBuf.h>
 
+#include <Varnex/transport/Chunk.h>
 #include <Varnex/transport/Receiver.h>
 #include <Varnex/transport/Sender.h>
 #include <Varnex/transport/SystemError.h>
@@ -153,14 +154,35 @@ std::streamsize StreamBuf::receiveSome(char* data, std::streamsize n) {
 }
 
 int StreamBuf::sync() {
-    if (sendBuf_ == nullptr) return -1;
-    for (const char* next = pbase(); next < pptr();) {
-        const std::streamsize taken = sendSome(next, pptr() - next);
-        if (taken == 0) return -1;  // all stays, the part that was sent too: the whole block goes out again
-        next += taken;
+    return sendBuf_ != nullptr && sendPending(0) ? 0 : -1;
+}
+
+/// Flushes, when `sent` bytes of the pending block are gone already. On failure all of it stays, the part that was sent
+/// too: the whole block goes out again.
+bool StreamBuf::sendPending(std::streamsize sent) {
+    while (sent < pending()) {
+        const std::streamsize taken = sendSome(pbase() + sent, pending() - sent);
+        if (taken == 0) return false;
+        sent += taken;
     }
     clearPutArea();
-    return 0;
+    return true;
+}
+
+/// Flushes, in one call with the `n` bytes that follow where the sender may join them; `taken` is how many of those
+/// went along. False: a send failed, and what followed is not to be sent.
+bool StreamBuf::sendPendingWith(const char* s, std::streamsize n, std::streamsize& taken) {
+    const std::streamsize before = pending();
+    const bool joins =
+        before > 0 && before + n == clipped(before + n) && sender_ != nullptr && !sender_->keepsMessages();
+    if (!joins) return sendPending(0);
+    const Chunk chunks[] = {{pbase(), static_cast<int>(before)}, {s, static_cast<int>(n)}};
+    int sent = 0;
+    const bool ok = limited(-1) && sender_->send(chunks, 2, sent);
+    if (sent < before) return ok && sent > 0 && sendPending(sent);
+    clearPutArea();
+    taken = sent - before;
+    return ok && taken > 0;
 }
 
 StreamBuf::int_type StreamBuf::overflow(int_type c) {
@@ -181,8 +203,8 @@ std::streamsize StreamBuf::xsputn(const char* s, std::streamsize n) {
         return n;
     }
     // A buffer that is exactly full is not flushed: these bytes overtake it.
-    if (room > 0 && sync() != 0) return 0;
     std::streamsize total = 0;
+    if (room > 0 && !sendPendingWith(s, n, total)) return 0;
     for (std::streamsize taken = -1; total < n && taken != 0; total += taken) taken = sendSome(s + total, n - total);
     return total;
 }

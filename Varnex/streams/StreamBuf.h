@@ -86,6 +86,8 @@ protected:
 private:
     /// As much of a wait as the deadline leaves; none when it has passed.
     [[nodiscard]] std::optional<int> limited(int ms) const;
+    [[nodiscard]] bool sendPending(std::streamsize sent);
+    [[nodiscard]] bool sendPendingWith(const char* s, std::streamsize n, std::streamsize& taken);
     [[nodiscard]] std::streamsize sendSome(const char* data, std::streamsize n);
     [[nodiscard]] std::streamsize receiveSome(char* data, std::streamsize n);
     [[nodiscard]] std::streamsize pending() const { return pptr() - pbase(); }

@@ -47,6 +47,7 @@ void base64encodebuf::encodeSlice(CodedOutput& out, std::span<const char> bytes)
 /// The groups of three bytes at the front that need no line break; how many.
 std::size_t base64encodebuf::encodeGroups(CodedOutput& out, std::span<const char> bytes) {
     if (encodeState_ != 0) return 0;
+    if (bytes.size() >= 3) breakFullLine(out);
     const std::streamsize width = target()->width();
     std::size_t groups = bytes.size() / 3;
     if (width > 0)
@@ -79,11 +80,14 @@ void base64encodebuf::putThenCheckLine(CodedOutput& out, char c) {
     }
 }
 
+void base64encodebuf::breakFullLine(CodedOutput& out) {
+    if (!isLineFull(column_)) return;
+    column_ = 0;
+    out.put(lineSeparator_);
+}
+
 void base64encodebuf::encodeByte(CodedOutput& out, unsigned char byte) {
-    if (isLineFull(column_)) {
-        column_ = 0;
-        out.put(lineSeparator_);
-    }
+    breakFullLine(out);
     if (encodeState_ == 0) putCharacter(out, byte >> 2);
     if (encodeState_ == 1) putCharacter(out, (lastByte_ << 4 & 0x30) | byte >> 4);
     if (encodeState_ == 2) {

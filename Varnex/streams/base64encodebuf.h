@@ -43,6 +43,7 @@ private:
     base64encodebuf(std::ostream* target, std::istream* source, std::string lineSeparator);
     void encodeSlice(CodedOutput& out, std::span<const char> bytes);
     [[nodiscard]] std::size_t encodeGroups(CodedOutput& out, std::span<const char> bytes);
+    void breakFullLine(CodedOutput& out);
     void encodeByte(CodedOutput& out, unsigned char byte);
     void putCharacter(CodedOutput& out, unsigned value);
     void putThenCheckLine(CodedOutput& out, char c);

@@ -30,23 +30,37 @@ int quotedprintabledecodebuf::sync() {
 void quotedprintabledecodebuf::decodeSlice(CodedOutput& out, std::string_view text) {
     while (!text.empty()) {
         if (escape_.empty()) {
-            const std::size_t run = std::min(text.find('='), text.size());
-            decodeRun(out, text.substr(0, run));
-            if (run < text.size()) escape_ = '=';
-            text.remove_prefix(std::min(run + 1, text.size()));
+            text.remove_prefix(decodeWhole(out, text));
+            if (text.empty()) break;
+            escape_ = '=';
+            text.remove_prefix(1);
         } else if (decodeEscape(out, text.front())) {
             text.remove_prefix(1);
         }
     }
 }
 
-void quotedprintabledecodebuf::decodeRun(CodedOutput& out, std::string_view run) {
-    char* const begin = out.reserve(run.size());
-    if (headerMode_)
-        std::ranges::replace_copy(run, begin, '_', ' ');
-    else
-        std::ranges::copy(run, begin);
-    out.commit(run.size());
+/// Everything before the first "=" that is not followed by two digits; how many characters.
+std::size_t quotedprintabledecodebuf::decodeWhole(CodedOutput& out, std::string_view text) {
+    char* const begin = out.reserve(text.size());
+    char* next = begin;
+    std::size_t done = 0;
+    while (true) {
+        const std::size_t run = std::min(text.find('=', done), text.size());
+        next = decodeRun(next, text.substr(done, run - done));
+        done = run;
+        const int value = text.size() - done < 3 ? -1 : hexPair(text[done + 1], text[done + 2]);
+        if (value < 0) break;
+        *next++ = static_cast<char>(value);
+        done += 3;
+    }
+    out.commit(static_cast<std::size_t>(next - begin));
+    return done;
+}
+
+char* quotedprintabledecodebuf::decodeRun(char* out, std::string_view run) const {
+    if (headerMode_) return std::ranges::replace_copy(run, out, '_', ' ').out;
+    return std::ranges::copy(run, out).out;
 }
 
 /// Goes on with what follows a "="; false when `c` does not belong to it.
@@ -55,8 +69,8 @@ bool quotedprintabledecodebuf::decodeEscape(CodedOutput& out, char c) {
         escape_.clear();
         return true;
     }
-    if (escape_.size() == 2 && hexValue(escape_[1]) >= 0 && hexValue(c) >= 0) {
-        out.put(static_cast<char>(hexValue(escape_[1]) << 4 | hexValue(c)));
+    if (const int value = escape_.size() == 2 ? hexPair(escape_[1], c) : -1; value >= 0) {
+        out.put(static_cast<char>(value));
         escape_.clear();
         return true;
     }
@@ -64,7 +78,7 @@ bool quotedprintabledecodebuf::decodeEscape(CodedOutput& out, char c) {
         escape_ += c;
         return true;
     }
-    decodeRun(out, escape_);
+    out.put(escape_);
     escape_.clear();
     return false;
 }

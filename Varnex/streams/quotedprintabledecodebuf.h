@@ -35,7 +35,8 @@ protected:
 
 private:
     void decodeSlice(CodedOutput& out, std::string_view text);
-    void decodeRun(CodedOutput& out, std::string_view run);
+    [[nodiscard]] std::size_t decodeWhole(CodedOutput& out, std::string_view text);
+    [[nodiscard]] char* decodeRun(char* out, std::string_view run) const;
     [[nodiscard]] bool decodeEscape(CodedOutput& out, char c);
     [[nodiscard]] bool mayGrow(char c) const;
 

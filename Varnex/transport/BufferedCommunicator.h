@@ -28,6 +28,7 @@ public:
 
     bool send(const void* data, int& n) override;
     bool send(const Chunk* chunks, int count, int& sent) override;
+    [[nodiscard]] bool keepsMessages() const override { return inner_->keepsMessages(); }
 
     /// Unread bytes first, as many as there are; then one receive of the inner communicator.
     bool receive(void* data, int& n) override;

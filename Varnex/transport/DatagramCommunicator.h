@@ -25,6 +25,7 @@ public:
     /// Sends one datagram to the destination of the class, as `sendTo` does.
     bool send(const void* data, int& n) override;
     bool send(const Chunk* chunks, int count, int& sent) override;
+    [[nodiscard]] bool keepsMessages() const override { return true; }
 
     /// What is unread of the last datagram, else the next datagram, blocking while there is none; 0 bytes are an empty
     /// datagram. False: closed, `data` is null, `n` is 0, the wait was broken, or the system refused (an ERROR line).
