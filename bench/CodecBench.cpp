@@ -6,6 +6,7 @@
 #include <Varnex/streams/quotedprintabledecodebuf.h>
 #include <Varnex/streams/quotedprintableencodebuf.h>
 #include <Varnex/streams/urlbuf.h>
+#include <bench/MemoryTarget.h>
 
 #include <benchmark/benchmark.h>
 #include <openssl/evp.h>
@@ -19,17 +20,6 @@
 namespace {
 
 constexpr std::size_t kSize = 1 << 20;
-
-/// Writes into memory that is there already and starts over on request.
-class Memory : public std::streambuf {
-public:
-    Memory() : bytes_(4 * kSize, 0) { restart(); }
-    void restart() { setp(bytes_.data(), bytes_.data() + bytes_.size()); }
-    std::string written() const { return {pbase(), pptr()}; }
-
-private:
-    std::string bytes_;
-};
 
 std::string randomBytes() {
     std::mt19937 random(1);
@@ -106,7 +96,7 @@ void base64DecodeOpenSSL(benchmark::State& state) {
 /// Each round writes `in` through a new `Buffer` on the memory and flushes it.
 template <class Buffer>
 void throughStream(benchmark::State& state, const std::string& in, int width = 0) {
-    Memory memory;
+    MemoryTarget memory(4 * kSize);
     std::ostream target(&memory);
     target.width(width);
     run(state, [&] {
@@ -158,7 +148,7 @@ struct UrlByByte : ByteByByte {
 };
 
 std::string quotedPrintable(const std::string& text) {
-    Memory memory;
+    MemoryTarget memory(4 * kSize);
     Varnex::quotedprintableencodebuf(&memory).sputn(text.data(), std::ssize(text));
     return memory.written();
 }

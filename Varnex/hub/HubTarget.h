@@ -25,6 +25,7 @@ public:
     bool close() override;
     using Sender::send;
     bool send(const void* data, int& n) override;
+    [[nodiscard]] bool keepsMessages() const override { return true; }
 
 private:
     using Operation = bool (MultiCommunicator::*)(const Communicator*, const void*, int&);

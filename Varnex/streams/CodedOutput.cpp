@@ -25,7 +25,7 @@ CodedRun putCoded(CodedOutput& out, std::span<const char> bytes, const CodeTable
     char* next = begin;
     std::size_t done = 0;
     for (; done < bytes.size(); ++done) {
-        const CodedByte& coded = table[static_cast<unsigned char>(bytes[done])];
+        const CodedByte coded = table[static_cast<unsigned char>(bytes[done])];
         if (coded.size == 0) break;
         std::memcpy(next, &coded, sizeof coded);  // the byte too many is overwritten or not used
         next += coded.size;

@@ -13,7 +13,7 @@ namespace Varnex {
 inline constexpr std::string_view guid = "258EAFA5-E914-47DA-95CA-C5AB0DC85B11";
 
 /// The SHA-1 digest, 20 bytes, of `length` bytes at `data`. A `length` of 0 takes `otherLength` instead, for callers
-/// that pass theirs first; false when that is negative.
+/// that pass theirs first; false when the one that counts is negative.
 VARNEX_API bool calcSHA1Hash(int otherLength, unsigned int length, const char* data, char* out);
 
 /// The MD5 digest, 16 bytes, of exactly 16 bytes at `data`, whatever the lengths: it is for the challenge of the old

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstring>
 #include <limits>
+#include <utility>
 
 namespace Varnex {
 
@@ -72,7 +73,9 @@ int StreamBuf::waitForData(int ms) {
 
 bool StreamBuf::protDataAvail(int& count) {
     count = 0;
-    return receiver_ != nullptr && receiver_->dataAvail(count);
+    if (receiver_ != nullptr && receiver_->dataAvail(count)) return true;
+    count = 0;
+    return false;
 }
 
 bool StreamBuf::protWaitForData() {
@@ -92,6 +95,7 @@ void StreamBuf::breakWait() {
 
 bool StreamBuf::close() {
     sync();
+    // A receiver stands for both sides, as it does in a connection: the sender beside it is not closed.
     const bool closed = receiver_ != nullptr ? receiver_->close() : sender_ != nullptr && sender_->close();
     setUnread(0);
     clearPutArea();
@@ -104,9 +108,9 @@ std::string StreamBuf::lastError() const {
 
 void StreamBuf::setSendBufSize(unsigned size) {
     if (sendBuf_ != nullptr && pending() > size) sync();
-    sendBufSize_ = size;
     sendBuf_ = makeBuffer(size);
-    clearPutArea();  // drops pending output that would have fitted: the order of size and flush is the caller's
+    sendBufSize_ = size;
+    clearPutArea();  // drops pending output that fits: wanted so
 }
 
 void StreamBuf::setRecvBufSize(unsigned size) {
@@ -141,9 +145,14 @@ void StreamBuf::setUnread(std::streamsize n) {
     setg(recvBuf_.get(), recvBuf_.get(), recvBuf_.get() + n);
 }
 
+/// What one send may take: little under a deadline, so that it is looked at again before a slow peer has taken all.
+int StreamBuf::piece(std::streamsize n) const {
+    return clipped(deadline_ ? std::min<std::streamsize>(n, kTimedPiece) : n);
+}
+
 /// What the sender took of one call; 0 when it failed, even after a part.
 std::streamsize StreamBuf::sendSome(const char* data, std::streamsize n) {
-    int taken = clipped(n);
+    int taken = piece(n);
     return sender_ != nullptr && limited(-1) && sender_->send(data, taken) && taken > 0 ? taken : 0;
 }
 
@@ -173,8 +182,7 @@ bool StreamBuf::sendPending(std::streamsize sent) {
 /// went along. False: a send failed, and what followed is not to be sent.
 bool StreamBuf::sendPendingWith(const char* s, std::streamsize n, std::streamsize& taken) {
     const std::streamsize before = pending();
-    const bool joins =
-        before > 0 && before + n == clipped(before + n) && sender_ != nullptr && !sender_->keepsMessages();
+    const bool joins = before > 0 && before + n == piece(before + n) && sender_ != nullptr && !sender_->keepsMessages();
     if (!joins) return sendPending(0);
     const Chunk chunks[] = {{pbase(), static_cast<int>(before)}, {s, static_cast<int>(n)}};
     int sent = 0;
@@ -182,16 +190,16 @@ bool StreamBuf::sendPendingWith(const char* s, std::streamsize n, std::streamsiz
     if (sent < before) return ok && sent > 0 && sendPending(sent);
     clearPutArea();
     taken = sent - before;
-    return ok && taken > 0;
+    return ok;
 }
 
 StreamBuf::int_type StreamBuf::overflow(int_type c) {
     if (sendBuf_ == nullptr) return traits_type::eof();
-    if (traits_type::eq_int_type(c, traits_type::eof())) return 0;
+    if (traits_type::eq_int_type(c, traits_type::eof())) return 0;   // no flush: that is for `sync` alone
     if (pptr() > epptr() && sync() != 0) return traits_type::eof();  // the reserve is taken since a failure
     *pptr() = traits_type::to_char_type(c);
     pbump(1);
-    return sync();  // not the character, which may be mistaken for the end of the file
+    return sync();  // -1 although the character is kept; not the character, whatever it is
 }
 
 std::streamsize StreamBuf::xsputn(const char* s, std::streamsize n) {
@@ -211,8 +219,12 @@ std::streamsize StreamBuf::xsputn(const char* s, std::streamsize n) {
 
 StreamBuf::int_type StreamBuf::underflow() {
     if (recvBuf_ == nullptr) return traits_type::eof();
-    if (unread() == 0) setUnread(receiveSome(recvBuf_.get(), recvBufSize_));
-    return unread() == 0 ? traits_type::eof() : traits_type::to_int_type(*gptr());
+    if (unread() == 0) {
+        const std::streamsize n = receiveSome(recvBuf_.get(), recvBufSize_);
+        if (n == 0) return traits_type::eof();  // what was read before can still be put back
+        setUnread(n);
+    }
+    return traits_type::to_int_type(*gptr());
 }
 
 std::streamsize StreamBuf::xsgetn(char* s, std::streamsize n) {
@@ -224,6 +236,7 @@ std::streamsize StreamBuf::xsgetn(char* s, std::streamsize n) {
     return total;
 }
 
+// Asked only when nothing is unread; `dataAvail` adds that.
 std::streamsize StreamBuf::showmanyc() {
     int count = 0;
     return protDataAvail(count) ? count : 0;

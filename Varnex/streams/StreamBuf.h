@@ -16,13 +16,14 @@ class Sender;
 /// A standard stream buffer that writes through a `Sender` and reads through a `Receiver`.
 ///
 /// Output waits in the buffer until that is full, is flushed or is closed; the destructor drops it. Blocks that do not
-/// fit go to the sender uncopied. Failures show as the standard return values, nothing throws or prints of its own.
+/// fit go to the sender uncopied, ahead of a buffer that single characters have filled to the last: hand over a record
+/// as one block. Failures show as the standard return values, nothing throws or prints of its own.
 /// One thread writes while another reads; `breakWait` is for any thread.
 class VARNEX_API StreamBuf : public std::streambuf {
 public:
-    /// Sizes in bytes; 0: nothing can be written, or read, through that side. `sender` and `receiver` may be null, and
-    /// are deleted by the destructor as the flags say (what is both is deleted by one of them alone); otherwise they
-    /// outlive this object.
+    /// Sizes in bytes; 0: nothing can be written, or read, by the stream. `sender` and `receiver` may be null, and are
+    /// deleted by the destructor as the flags say (set only one for an object that is both); otherwise they outlive
+    /// this object. Throws `std::bad_alloc`, as the setters of the sizes do; nothing else here does.
     StreamBuf(Sender* sender, Receiver* receiver, unsigned sendBufSize, unsigned recvBufSize, bool deleteSender,
               bool deleteReceiver);
     StreamBuf(const StreamBuf&) = delete;
@@ -56,7 +57,7 @@ public:
     /// The system's text for the present `errno`.
     [[nodiscard]] std::string lastError() const;
 
-    /// Pending output that does not fit the new size is flushed first; what does fit is dropped: flush before.
+    /// Pending output is dropped, flushed before if it does not fit the new size: better flush, and look, yourself.
     void setSendBufSize(unsigned size);
     /// Unread input stays; a size too small for it changes nothing.
     void setRecvBufSize(unsigned size);
@@ -66,9 +67,12 @@ public:
     [[nodiscard]] int getTimeout() const { return timeout_; }
 
     /// Ends all reads, waits and flushes together `ms` milliseconds from now, however many bytes trickle in; -1: never
-    /// (at first). What is buffered can still be read. A single send that blocks is not ended; give the connection a
-    /// send time-out of its own for that.
+    /// (at first). What is buffered can still be read; what is pending is dropped by a `close` that comes too late.
+    /// `send` and a single send that blocks are not ended: give the connection a send time-out of its own for that.
     void setDeadline(int ms);
+
+    /// Bytes of one send under a deadline, at most.
+    static constexpr int kTimedPiece = 65536;
 
 protected:
     int_type overflow(int_type c) override;
@@ -86,6 +90,7 @@ protected:
 private:
     /// As much of a wait as the deadline leaves; none when it has passed.
     [[nodiscard]] std::optional<int> limited(int ms) const;
+    [[nodiscard]] int piece(std::streamsize n) const;
     [[nodiscard]] bool sendPending(std::streamsize sent);
     [[nodiscard]] bool sendPendingWith(const char* s, std::streamsize n, std::streamsize& taken);
     [[nodiscard]] std::streamsize sendSome(const char* data, std::streamsize n);

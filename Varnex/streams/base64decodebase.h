@@ -16,6 +16,7 @@ public:
     [[nodiscard]] base64decodebuf* rdbuf() const { return &buffer_; }
 
 private:
+    // A stream's constness is not its buffer's, as with the standard file streams.
     mutable base64decodebuf buffer_;
 };
 

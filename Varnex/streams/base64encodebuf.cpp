@@ -25,7 +25,7 @@ base64encodebuf::base64encodebuf(std::iostream& stream, std::string lineSeparato
 base64encodebuf::~base64encodebuf() = default;
 
 std::streamsize base64encodebuf::encode(const char* s, std::streamsize n) {
-    if (!isTargetGood()) return 0;
+    if (!canWrite()) return 0;
     const std::span bytes(s, static_cast<std::size_t>(n));
     const std::streamsize done =
         putInSlices(target()->rdbuf(), bytes, [this](CodedOutput& out, auto slice) { encodeSlice(out, slice); });
@@ -99,13 +99,13 @@ void base64encodebuf::encodeByte(CodedOutput& out, unsigned char byte) {
 }
 
 bool base64encodebuf::finishencode() {
-    if (!isTargetGood()) return false;
     const int state = std::exchange(encodeState_, 0);
+    if (!isTargetGood()) return false;
     if (state == 0) return true;  // nothing follows the last full line, not even a line end
     CodedOutput out(target()->rdbuf());
     if (isLineFull(column_)) {
         column_ = 0;
-        out.put('\n');
+        out.put('\n');  // here too not the separator
     }
     putThenCheckLine(out, basis_64[state == 1 ? lastByte_ << 4 & 0x30 : (lastByte_ & 0x0F) << 2]);
     if (state == 1) putThenCheckLine(out, '=');

@@ -14,16 +14,15 @@ class CodedOutput;
 
 /// A stream buffer in front of another stream: what is written becomes Base64 there, Base64 there is read as bytes.
 ///
-/// The length of a line is the target's `width()` at the time of writing; 0: no line breaks. A flush writes the
+/// The length of a line is the target's `width()` at the time of writing; 0 or less: no line breaks. A flush writes the
 /// padding; the destructor does not, for the target may be gone. Reading skips what is not Base64, ends for good at the
-/// first
-/// "=", and leaves what follows that in the source.
+/// first "=", and leaves what follows that in the source, a second "=" too.
 class VARNEX_API base64encodebuf : public codecbuf {
 public:
     /// `lineSeparator` begins a new line.
     explicit base64encodebuf(std::ostream& target, std::string lineSeparator = "");
     explicit base64encodebuf(std::istream& source);
-    /// Writes to and reads from one stream.
+    /// Writes to and reads from one stream; after reading to its end, `clear` it before writing.
     explicit base64encodebuf(std::iostream& stream, std::string lineSeparator = "");
     ~base64encodebuf() override;
 

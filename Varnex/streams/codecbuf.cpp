@@ -1,7 +1,9 @@
 #include <Varnex/streams/codecbuf.h>
 
+#include <algorithm>
 #include <cstring>
 #include <istream>
+#include <limits>
 #include <ostream>
 
 namespace Varnex {
@@ -12,6 +14,10 @@ codecbuf::~codecbuf() = default;
 
 bool codecbuf::isTargetGood() const {
     return target_ != nullptr && target_->good();
+}
+
+bool codecbuf::canWrite() const {
+    return target_ != nullptr && !target_->fail();
 }
 
 std::streamsize codecbuf::readSource(char* s, std::streamsize n) {
@@ -110,7 +116,7 @@ std::streambuf* codecbuf::setbuf(char* s, std::streamsize n) {
     if (buffer_ != nullptr) return nullptr;
     const bool usable = s != nullptr && n >= 2;
     buffer_ = usable ? s : &slot_;
-    bufferEnd_ = usable ? s + n : &slot_ + 1;
+    bufferEnd_ = usable ? s + std::min<std::streamsize>(n, std::numeric_limits<int>::max()) : &slot_ + 1;
     clearAreas();
     return this;
 }

@@ -14,7 +14,7 @@ class Communicator;
 /// the state that both share; two objects, `iStream` and `oStream`, need no such care.
 class VARNEX_API ioStream : public StreamBase, public std::basic_iostream<char> {
 public:
-    /// Deletes the connection in the end if `own`; on a null one every operation fails.
+    /// Deletes the connection in the end if `own`; on a null one every flush and read fails.
     ioStream(Communicator* connection, bool own);
     /// Drops what was not flushed.
     ~ioStream() override;

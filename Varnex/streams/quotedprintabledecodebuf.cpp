@@ -3,6 +3,8 @@
 #include <Varnex/streams/CodedOutput.h>
 #include <Varnex/streams/Hex.h>
 
+#include <algorithm>
+
 namespace Varnex {
 
 quotedprintabledecodebuf::quotedprintabledecodebuf(std::streambuf* target, bool headerMode)
@@ -88,7 +90,7 @@ bool quotedprintabledecodebuf::decodeEscape(CodedOutput& out, char c) {
 bool quotedprintabledecodebuf::mayGrow(char c) const {
     const char last = escape_.back();
     if (last == '\r' || hexValue(last) >= 0) return false;
-    if (c == ' ' || c == '\t') return escape_.size() <= kMaxPadding;
+    if (c == ' ' || c == '\t') return maxPadding_ == 0 || escape_.size() <= maxPadding_;
     return c == '\r' || (last == '=' && hexValue(c) >= 0);
 }
 

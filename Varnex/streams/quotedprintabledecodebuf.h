@@ -18,14 +18,16 @@ class CodedOutput;
 /// may never come. Line ends stay as they are. One thread at a time.
 class VARNEX_API quotedprintabledecodebuf : public std::streambuf {
 public:
-    /// White space between "=" and its line end, at most: with more they are kept as they are.
-    static constexpr std::size_t kMaxPadding = 998;
+    static constexpr std::size_t kDefaultMaxPadding = 998;
 
     /// With `headerMode` the "Q" variant for words of a header (RFC 2047), in which "_" is a space.
     explicit quotedprintabledecodebuf(std::streambuf* target, bool headerMode = false);
     quotedprintabledecodebuf(const quotedprintabledecodebuf&) = delete;
     quotedprintabledecodebuf& operator=(const quotedprintabledecodebuf&) = delete;
     ~quotedprintabledecodebuf() override;
+
+    /// White space between "=" and its line end, at most; with more they are kept as they are. 0: no limit.
+    void setMaxPadding(std::size_t characters) { maxPadding_ = characters; }
 
 protected:
     int_type overflow(int_type c) override;
@@ -42,6 +44,7 @@ private:
 
     std::streambuf* target_;
     bool headerMode_;
+    std::size_t maxPadding_ = kDefaultMaxPadding;
     std::string escape_;  // "=" and what followed it, while it may still become one
 };
 

@@ -30,9 +30,11 @@ quotedprintableencodebuf::quotedprintableencodebuf(std::streambuf* target, bool 
 quotedprintableencodebuf::~quotedprintableencodebuf() = default;
 
 quotedprintableencodebuf::int_type quotedprintableencodebuf::overflow(int_type c) {
-    if (traits_type::eq_int_type(c, traits_type::eof())) return 0;
+    if (traits_type::eq_int_type(c, traits_type::eof())) return 0;  // nothing is buffered that could be flushed
     const char byte = traits_type::to_char_type(c);
-    return xsputn(&byte, 1) == 1 ? traits_type::to_int_type(byte) : traits_type::eof();
+    if (xsputn(&byte, 1) == 1) return traits_type::to_int_type(byte);
+    pendingCR_ = -1;
+    return traits_type::eof();
 }
 
 std::streamsize quotedprintableencodebuf::xsputn(const char* s, std::streamsize n) {
@@ -69,7 +71,7 @@ std::size_t quotedprintableencodebuf::encodeRun(CodedOutput& out, std::span<cons
 void quotedprintableencodebuf::encodeLineEnd(CodedOutput& out, char c) {
     pendingCR_ = c == '\r' ? c : -1;
     if (c == '\r') return;
-    out.put("\r\n");
+    out.put("\r\n");  // for a bare line feed too
     column_ = 0;
 }
 

@@ -48,7 +48,7 @@ urlbuf::urlbuf(std::iostream& stream, std::string_view alwaysEncoded, std::strin
 urlbuf::~urlbuf() = default;
 
 std::streamsize urlbuf::encode(const char* s, std::streamsize n) {
-    if (!isTargetGood()) return 0;
+    if (!canWrite()) return 0;
     const std::span bytes(s, static_cast<std::size_t>(n));
     const std::streamsize done = putInSlices(
         target()->rdbuf(), bytes, [this](CodedOutput& out, auto slice) { putCoded(out, slice, table_->codes); });

@@ -6,25 +6,14 @@
 #include <Varnex/streams/base64encodebuf.h>
 #include <Varnex/streams/quotedprintabledecodebuf.h>
 #include <Varnex/streams/quotedprintableencodebuf.h>
+#include <bench/MemoryTarget.h>
 
 #include <ostream>
-#include <streambuf>
 #include <string>
 
 namespace {
 
 constexpr std::size_t kSize = 1 << 20;
-
-/// Writes into memory that is there already and starts over on request.
-class Memory : public std::streambuf {
-public:
-    Memory() : bytes_(4 * kSize, 0) { restart(); }
-    void restart() { setp(bytes_.data(), bytes_.data() + bytes_.size()); }
-    std::string written() const { return {pbase(), pptr()}; }
-
-private:
-    std::string bytes_;
-};
 
 template <class Function>
 void figure(const char* peer, const char* metric, Function function) {
@@ -33,7 +22,7 @@ void figure(const char* peer, const char* metric, Function function) {
 
 /// One bulk write through a new `Buffer` into `memory`.
 template <class Buffer, class Target>
-void write(Memory& memory, Target& target, const std::string& bytes) {
+void write(MemoryTarget& memory, Target& target, const std::string& bytes) {
     memory.restart();
     Buffer buffer(target);
     const auto size = static_cast<std::streamsize>(bytes.size());
@@ -77,7 +66,7 @@ void base64() {
         bench::check(Varnex::decodeBase64(back.data(), size, text) == Varnex::Base64Result::Decoded, "decode");
     });
     bench::check(back == bytes, "base64");
-    Memory memory;
+    MemoryTarget memory(4 * kSize);
     std::ostream target(&memory);
     figure("ours-stream", "b64enc_1MiB", [&] { write<Varnex::base64encodebuf>(memory, target, bytes); });
     bench::check(memory.written() == text, "base64 stream");
@@ -87,7 +76,7 @@ void base64() {
 
 void quotedPrintable() {
     const std::string text = someText();
-    Memory memory;
+    MemoryTarget memory(4 * kSize);
     std::streambuf* target = &memory;
     figure("ours", "qpenc_1MiB", [&] { write<Varnex::quotedprintableencodebuf>(memory, target, text); });
     const std::string coded = memory.written();

@@ -156,12 +156,4 @@ TEST(UrlbufTest, DecodesTwoDigitsAndLeavesTheRest) {
     }
 }
 
-TEST(UrlbufTest, WritesAndReadsOneStream) {
-    std::stringstream stream;
-    urlbuf buffer(stream, "", "");
-    buffer.sputn("a/b", 3);
-    EXPECT_EQ(buffer.sgetc(), 'a');
-    EXPECT_EQ(stream.str(), "a%2Fb");
-}
-
 }  // namespace
