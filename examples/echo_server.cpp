@@ -1,5 +1,6 @@
 // echo_server PORT [CONNECTIONS [SECONDS]]: sends each line back to the client that it came from, one client after
-// another, for at most so many seconds each (60); port 0: the system chooses one. Ends after so many connections.
+// another; port 0: the system chooses one. Ends after so many connections. A client has so many seconds (60) for all
+// that it sends, and may leave unread for as long what comes back.
 #include <Varnex/streams/ioStream.h>
 #include <Varnex/transport/Client.h>
 #include <Varnex/transport/Exception.h>
