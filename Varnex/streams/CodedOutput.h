@@ -15,10 +15,11 @@ namespace Varnex {
 /// Destroying it drops what was not flushed.
 class CodedOutput {
 public:
-    static constexpr std::size_t kCapacity = 16384;
+    static constexpr std::size_t kCapacity = 12288;
 
-    /// Bytes to be coded between two flushes, so that what was handled is known when the sink fails.
-    static constexpr std::size_t kSlice = 4096;
+    /// Bytes to be coded between two flushes, so that what was handled is known when the sink fails; whole Base64
+    /// groups either way.
+    static constexpr std::size_t kSlice = 4032;
 
     /// A null `sink` fails.
     explicit CodedOutput(std::streambuf* sink) : sink_(sink) {}

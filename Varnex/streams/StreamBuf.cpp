@@ -153,13 +153,15 @@ int StreamBuf::piece(std::streamsize n) const {
 /// What the sender took of one call; 0 when it failed, even after a part.
 std::streamsize StreamBuf::sendSome(const char* data, std::streamsize n) {
     int taken = piece(n);
-    return sender_ != nullptr && limited(-1) && sender_->send(data, taken) && taken > 0 ? taken : 0;
+    if (sender_ == nullptr || !limited(-1) || !sender_->send(data, taken)) return 0;
+    return std::clamp<std::streamsize>(taken, 0, n);
 }
 
 /// What one call received; 0 when nothing came in time.
 std::streamsize StreamBuf::receiveSome(char* data, std::streamsize n) {
     int taken = clipped(n);
-    return protWaitForData(timeout_) == Receiver::WaitData && receiver_->receive(data, taken) && taken > 0 ? taken : 0;
+    if (protWaitForData(timeout_) != Receiver::WaitData || !receiver_->receive(data, taken)) return 0;
+    return std::clamp<std::streamsize>(taken, 0, n);
 }
 
 int StreamBuf::sync() {
@@ -232,7 +234,10 @@ std::streamsize StreamBuf::xsgetn(char* s, std::streamsize n) {
     std::streamsize total = std::min(unread(), n);
     if (total > 0) std::memcpy(s, gptr(), static_cast<std::size_t>(total));
     setg(eback(), gptr() + total, egptr());
-    for (std::streamsize taken = -1; total < n && taken != 0; total += taken) taken = receiveSome(s + total, n - total);
+    for (std::streamsize taken = -1; total < n && taken != 0; total += taken) {
+        taken = receiveSome(s + total, n - total);
+        if (taken > 0) setUnread(0);  // what was read last is not in the buffer, so that nothing can be put back
+    }
     return total;
 }
 

@@ -18,7 +18,7 @@ class Sender;
 /// Output waits in the buffer until that is full, is flushed or is closed; the destructor drops it. Blocks that do not
 /// fit go to the sender uncopied, ahead of a buffer that single characters have filled to the last: hand over a record
 /// as one block. Failures show as the standard return values, nothing throws or prints of its own.
-/// One thread writes while another reads; `breakWait` is for any thread.
+/// One thread writes while another reads; `breakWait` is for any thread, the setters for when nobody does either.
 class VARNEX_API StreamBuf : public std::streambuf {
 public:
     /// Sizes in bytes; 0: nothing can be written, or read, by the stream. `sender` and `receiver` may be null, and are

@@ -36,6 +36,7 @@ std::streamsize base64decodebuf::encode(char* s, std::streamsize n) {
     std::streamsize total = 0;
     while (total < n) {
         if (unread_.empty()) {
+            if (total > 0 && readyInSource() < 3) break;
             const std::streamsize written = encodeGroups(s + total, n - total);
             total += written;
             if (written == 0 && unread_.empty()) break;
@@ -50,7 +51,8 @@ std::streamsize base64decodebuf::encode(char* s, std::streamsize n) {
 /// Encodes as many whole groups as there is room for; one that does not fit, or the last of all, goes into `group_`.
 std::streamsize base64decodebuf::encodeGroups(char* s, std::streamsize n) {
     char bytes[CodedOutput::kSlice / 3 * 3];
-    const auto most = std::clamp<std::streamsize>(n / 4 * 3, 3, std::ssize(bytes));
+    const std::streamsize ready = readyInSource() / 3 * 3;
+    const auto most = std::max<std::streamsize>(std::min({n / 4 * 3, std::ssize(bytes), ready}), 3);
     const std::streamsize size = readSource(bytes, most);
     const std::streamsize whole = n < 4 ? 0 : size / 3 * 3;
     encodeBase64(s, bytes, static_cast<unsigned long>(whole));

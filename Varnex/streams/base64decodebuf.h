@@ -20,7 +20,7 @@ class VARNEX_API base64decodebuf : public codecbuf {
 public:
     explicit base64decodebuf(std::ostream& target);
     explicit base64decodebuf(std::istream& source);
-    /// Writes to and reads from one stream; after reading to its end, `clear` it before writing.
+    /// Writes to and reads from one stream.
     explicit base64decodebuf(std::iostream& stream);
     ~base64decodebuf() override;
 

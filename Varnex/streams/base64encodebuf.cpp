@@ -124,11 +124,12 @@ std::streamsize base64encodebuf::decode(char* s, std::streamsize n) {
         const auto most = std::clamp<std::streamsize>((n - total) * 4 / 3, 1, std::ssize(text));
         std::streamsize size = 0;
         for (int_type c = 0; size < most && c != '=';) {
+            if (total + size > 0 && readyInSource() <= 0) break;
             c = readSource();
             if (traits_type::eq_int_type(c, traits_type::eof())) break;
             text[size++] = traits_type::to_char_type(c);
         }
-        if (size == 0) break;
+        if (size == 0) break;  // the end, or the rest is not there yet
         total += static_cast<std::streamsize>(
             decoder_->decode(s + total, static_cast<std::size_t>(n - total), {text, static_cast<std::size_t>(size)}));
     }

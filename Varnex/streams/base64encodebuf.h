@@ -22,7 +22,7 @@ public:
     /// `lineSeparator` begins a new line.
     explicit base64encodebuf(std::ostream& target, std::string lineSeparator = "");
     explicit base64encodebuf(std::istream& source);
-    /// Writes to and reads from one stream; after reading to its end, `clear` it before writing.
+    /// Writes to and reads from one stream.
     explicit base64encodebuf(std::iostream& stream, std::string lineSeparator = "");
     ~base64encodebuf() override;
 

@@ -21,23 +21,44 @@ bool codecbuf::canWrite() const {
 }
 
 std::streamsize codecbuf::readSource(char* s, std::streamsize n) {
-    if (!source_->good()) return 0;
-    const std::streamsize got = source_->rdbuf()->sgetn(s, n);
-    if (got < n) source_->setstate(std::ios_base::eofbit);
-    return got;
-}
-
-codecbuf::int_type codecbuf::atEnd(int_type c) {
-    if (traits_type::eq_int_type(c, traits_type::eof())) source_->setstate(std::ios_base::eofbit);
-    return c;
+    return source_->good() ? std::clamp<std::streamsize>(source_->rdbuf()->sgetn(s, n), 0, n) : 0;
 }
 
 codecbuf::int_type codecbuf::readSource() {
-    return source_->good() ? atEnd(source_->rdbuf()->sbumpc()) : traits_type::eof();
+    return source_->good() ? source_->rdbuf()->sbumpc() : traits_type::eof();
 }
 
 codecbuf::int_type codecbuf::peekSource() {
-    return source_->good() ? atEnd(source_->rdbuf()->sgetc()) : traits_type::eof();
+    return source_->good() ? source_->rdbuf()->sgetc() : traits_type::eof();
+}
+
+std::streamsize codecbuf::readyInSource() {
+    return source_->good() ? source_->rdbuf()->in_avail() : 0;
+}
+
+void codecbuf::failTarget() {
+    try {
+        target_->setstate(std::ios_base::badbit);
+    } catch (...) {  // the failure on its way says more
+    }
+}
+
+std::streamsize codecbuf::convert(const char* s, std::streamsize n) {
+    try {
+        return convertWritten(s, n);
+    } catch (...) {
+        failTarget();
+        throw;
+    }
+}
+
+bool codecbuf::finish() {
+    try {
+        return finishWritten();
+    } catch (...) {
+        failTarget();
+        throw;
+    }
 }
 
 void codecbuf::makeBuffer() {
@@ -70,19 +91,19 @@ bool codecbuf::convertPending() {
     const std::streamsize pending = pptr() - pbase();
     const char* const begin = pbase();
     clearAreas();  // also when what follows fails or throws
-    if (pending > 0 && convertWritten(begin, pending) < pending) return false;
+    if (pending > 0 && convert(begin, pending) < pending) return false;
     openPutArea();
     return true;
 }
 
 codecbuf::int_type codecbuf::overflow(int_type c) {
     if (!prepareToWrite()) return traits_type::eof();
-    const bool finish = traits_type::eq_int_type(c, traits_type::eof());
-    if (!finish) {
+    const bool atEnd = traits_type::eq_int_type(c, traits_type::eof());
+    if (!atEnd) {
         *pptr() = traits_type::to_char_type(c);
         pbump(1);
     }
-    if (!convertPending() || (finish && !finishWritten())) return traits_type::eof();
+    if (!convertPending() || (atEnd && !finish())) return traits_type::eof();
     return traits_type::not_eof(c);
 }
 
@@ -93,7 +114,7 @@ int codecbuf::sync() {
 
 std::streamsize codecbuf::xsputn(const char* s, std::streamsize n) {
     if (n <= 0 || !prepareToWrite()) return 0;
-    if (n >= epptr() - pptr()) return convertPending() ? convertWritten(s, n) : 0;
+    if (n >= epptr() - pptr()) return convertPending() ? convert(s, n) : 0;
     std::memcpy(pptr(), s, static_cast<std::size_t>(n));
     pbump(static_cast<int>(n));
     return n;
@@ -102,8 +123,8 @@ std::streamsize codecbuf::xsputn(const char* s, std::streamsize n) {
 codecbuf::int_type codecbuf::underflow() {
     if (source_ == nullptr) return traits_type::eof();
     if (gptr() < egptr()) return traits_type::to_int_type(*gptr());
-    if (pptr() > pbase() && traits_type::eq_int_type(overflow(traits_type::eof()), traits_type::eof()))
-        return traits_type::eof();
+    const bool wrote = pptr() != nullptr;  // the text may be open, even with nothing pending
+    if (wrote && traits_type::eq_int_type(overflow(traits_type::eof()), traits_type::eof())) return traits_type::eof();
     makeBuffer();
     clearAreas();
     const std::streamsize n = convertRead(buffer_, bufferEnd_ - buffer_);

@@ -11,7 +11,9 @@ namespace Varnex {
 /// Base of the stream buffers that convert between the caller and another standard stream, which outlives them.
 ///
 /// What is written waits in a work array, shared by both directions, until that is full or the buffer is flushed; the
-/// destructor drops it. A flush also closes the coded text; it does not flush the other stream. One thread at a time.
+/// destructor drops it. A flush also closes the coded text; it does not flush the other stream. After a write that
+/// failed, which sets the other stream's badbit, begin anew with a new buffer: how much went out is not known to the
+/// byte. Reading leaves the other stream's state alone. One thread at a time.
 class VARNEX_API codecbuf : public std::streambuf {
 public:
     /// Bytes of the work array, made on first use.
@@ -45,20 +47,25 @@ protected:
     [[nodiscard]] bool isTargetGood() const;
     /// Whether it has not failed; it may be at the end of its own input.
     [[nodiscard]] bool canWrite() const;
-    /// `n` bytes, fewer only at the source's end, which its state then tells.
+    /// `n` bytes, fewer only at the source's end.
     [[nodiscard]] std::streamsize readSource(char* s, std::streamsize n);
     /// One byte, or the end of the file; takes nothing that follows.
     int_type readSource();
     /// The byte that comes next, or the end of the file; takes nothing.
     [[nodiscard]] int_type peekSource();
+    /// Bytes that can be read without waiting, as far as the source knows: a live one may send no more until it is
+    /// answered, so what is converted is then handed out.
+    [[nodiscard]] std::streamsize readyInSource();
 
 private:
-    int_type atEnd(int_type c);
     void makeBuffer();
     void clearAreas();
     void openPutArea();
     [[nodiscard]] bool prepareToWrite();
     [[nodiscard]] bool convertPending();
+    [[nodiscard]] std::streamsize convert(const char* s, std::streamsize n);
+    [[nodiscard]] bool finish();
+    void failTarget();
 
     std::ostream* target_;
     std::istream* source_;

@@ -8,7 +8,7 @@ obase64decodestream::obase64decodestream(std::ostream& target)
 obase64decodestream::~obase64decodestream() {
     try {
         rdbuf()->pubsync();
-    } catch (...) {  // the target throws: it knows, and a destructor must not
+    } catch (...) {  // the target has its badbit, and a destructor must not throw
     }
 }
 

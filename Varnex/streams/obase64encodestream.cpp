@@ -10,7 +10,7 @@ obase64encodestream::obase64encodestream(std::ostream& target, std::string lineS
 obase64encodestream::~obase64encodestream() {
     try {
         rdbuf()->pubsync();
-    } catch (...) {  // the target throws: it knows, and a destructor must not
+    } catch (...) {  // the target has its badbit, and a destructor must not throw
     }
 }
 

@@ -15,7 +15,8 @@ class CodedOutput;
 ///
 /// Never refuses text: a soft line break ("=", perhaps white space, line end) vanishes, a "=" that begins neither such
 /// a break nor two hexadecimal digits of either case is kept as it is, and an unfinished one waits for the rest, which
-/// may never come. Line ends stay as they are. One thread at a time.
+/// may never come. Line ends stay as they are. After a write that failed begin anew
+/// with a new buffer. One thread at a time.
 class VARNEX_API quotedprintabledecodebuf : public std::streambuf {
 public:
     static constexpr std::size_t kDefaultMaxPadding = 998;

@@ -13,7 +13,8 @@ class CodedOutput;
 /// Writes what is written to it as quoted-printable (RFC 2045) to another stream buffer, which outlives it.
 ///
 /// Line feeds become CR LF; lines are never broken, however long; white space at their ends stays. Nothing is buffered
-/// but a carriage return, which waits to see whether a line feed follows. One thread at a time.
+/// but a carriage return, which waits to see whether a line feed follows. After a write that failed begin anew
+/// with a new buffer. One thread at a time.
 class VARNEX_API quotedprintableencodebuf : public std::streambuf {
 public:
     /// With `headerMode` the "Q" variant for words of a header (RFC 2047), in which "_" is a space.

@@ -59,6 +59,7 @@ std::streamsize urlbuf::encode(const char* s, std::streamsize n) {
 std::streamsize urlbuf::decode(char* s, std::streamsize n) {
     std::streamsize total = 0;
     for (; total < n; ++total) {
+        if (total > 0 && readyInSource() <= 0 && traits_type::eq_int_type(next_, traits_type::eof())) break;
         const int_type c = decodeByte();
         if (traits_type::eq_int_type(c, traits_type::eof())) break;
         s[total] = traits_type::to_char_type(c);

@@ -19,7 +19,7 @@ public:
     /// Writes the characters of `allowed` as they are, and those of `alwaysEncoded` never, not even letters.
     explicit urlbuf(std::ostream& target, std::string_view alwaysEncoded = "", std::string_view allowed = "");
     explicit urlbuf(std::istream& source);
-    /// Writes to and reads from one stream; after reading to its end, `clear` it before writing.
+    /// Writes to and reads from one stream.
     explicit urlbuf(std::iostream& stream, std::string_view alwaysEncoded = "", std::string_view allowed = "");
     ~urlbuf() override;
 

@@ -44,32 +44,30 @@ struct Case {
 };
 
 TEST(Base64Test, DecodesStrictlyOrSkippingAndTellsTheSize) {
-    const Case cases[] = {
-        {"", "", ""},
-        {"TQ==", "M", "M"},
-        {"TWE=", "Ma", "Ma"},
-        {"TWFu", "Man", "Man"},
-        {"TWFuTQ==", "ManM", "ManM"},
-        {"+/+/", "\xfb\xff\xbf", "\xfb\xff\xbf"},
-        {"TQ", "(bad)", "M"},
-        {"TQ=", "(bad)", "M"},
-        {"TWE", "(bad)", "Ma"},
-        {"T", "(bad)", "(bad)"},
-        {"T===", "(bad)", "(bad)"},
-        {"====", "(bad)", ""},
-        {"TWFu====", "(bad)", "Man"},
-        {"TWFuT", "(bad)", "(bad)"},
-        {"TR==", "(bad)", "M"},  // unused bits are set
-        {"TWF=", "(bad)", "Ma"},
-        {"TQ==TWFu", "(bad)", "M"},  // padded in the middle
-        {"T=Q=", "(bad)", "(bad)"},
-        {"TQ=u", "(bad)", "M"},
-        {" T\r\nW-F_u\x80 ", "(bad)", "Man"},
-        {"TWFu\n", "(bad)", "Man"},
-        {std::string("TW\0Fu", 5) + "\xff", "(bad)", "Man"},
-        {"    ", "(bad)", ""},
-        {std::string(32, 'A') + std::string(12, ' '), "(bad)", std::string(24, '\0')},
-    };
+    const Case cases[] = {{"", "", ""},
+                          {"TQ==", "M", "M"},
+                          {"TWE=", "Ma", "Ma"},
+                          {"TWFu", "Man", "Man"},
+                          {"TWFuTQ==", "ManM", "ManM"},
+                          {"+/+/", "\xfb\xff\xbf", "\xfb\xff\xbf"},
+                          {"TQ", "(bad)", "M"},
+                          {"TQ=", "(bad)", "M"},
+                          {"TWE", "(bad)", "Ma"},
+                          {"T", "(bad)", "(bad)"},
+                          {"T===", "(bad)", "(bad)"},
+                          {"====", "(bad)", ""},
+                          {"TWFu====", "(bad)", "Man"},
+                          {"TWFuT", "(bad)", "(bad)"},
+                          {"TR==", "(bad)", "M"},  // unused bits are set
+                          {"TWF=", "(bad)", "Ma"},
+                          {"TQ==TWFu", "(bad)", "M"},  // padded in the middle
+                          {"T=Q=", "(bad)", "(bad)"},
+                          {"TQ=u", "(bad)", "M"},
+                          {" T\r\nW-F_u\x80 ", "(bad)", "Man"},
+                          {"TWFu\n", "(bad)", "Man"},
+                          {std::string("TW\0Fu", 5) + "\xff", "(bad)", "Man"},
+                          {"    ", "(bad)", ""},
+                          {std::string(32, 'A') + std::string(12, ' '), "(bad)", std::string(24, '\0')}};
     for (const auto& [text, strict, skip] : cases) {
         SCOPED_TRACE(testing::PrintToString(text));
         EXPECT_EQ(decoded(text, Base64Mode::Strict), strict);

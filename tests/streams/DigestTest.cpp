@@ -35,6 +35,7 @@ TEST(DigestTest, TakesTheLengthFromEitherArgument) {
     EXPECT_EQ(sha1("abcd", 0, 3), "A9993E364706816ABA3E25717850C26C9CD0D89D");
     EXPECT_EQ(sha1(nullptr, 0), "DA39A3EE5E6B4B0D3255BFEF95601890AFD80709");
     EXPECT_EQ(sha1("abc", 0, -1), kUnchanged);
+    EXPECT_EQ(sha1("abc", static_cast<unsigned>(-1)), kUnchanged);
     EXPECT_EQ(sha1(nullptr, 1), kUnchanged);
 }
 

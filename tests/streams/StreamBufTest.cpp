@@ -36,21 +36,20 @@ struct Written {
 };
 
 TEST(StreamBufTest, BlocksThatDoNotFitGoOutDirectly) {
-    const Written cases[] = {
-        {"ab", "1234", 4, "", "ab1234", 0},
-        {"ab", "12345", 5, "ab12345", "ab12345", 2},  // exactly what is free
-        {"ab", "123456789", 9, "ab123456789", "ab123456789", 2},
-        {"", "1234567", 7, "1234567", "1234567", 1},
-        {"abcdefg", "1", 1, "1", "1abcdefg", 1},  // exactly full: overtaken
-        {"abcdefg", "", 0, "", "abcdefg", 0},
-        {"ab", "", 0, "", "ab", 0},
-        {"ab", "12345", 5, "ab12345", "ab12345", 7, 1},
-        {"ab", "12345", 0, "", "ab", 1, -1, 1},
-        {"ab", "12345", 0, "a", "aab", 2, 1, 2},  // the pending block goes out anew, whole
-        {"ab", "12345", 0, "ab", "ab", 3, 1, 3},  // nothing of the block went out
-        {"ab", "12345", 2, "ab12", "ab12", 5, 1, 5},
-        {"ab", "12345", 0, "", "ab", 1, 0},
-    };
+    const Written cases[] = {{"ab", "1234", 4, "", "ab1234", 0},
+                             {"ab", "12345", 5, "ab12345", "ab12345", 2},  // exactly what is free
+                             {"ab", "123456789", 9, "ab123456789", "ab123456789", 2},
+                             {"", "1234567", 7, "1234567", "1234567", 1},
+                             {"abcdefg", "1", 1, "1", "1abcdefg", 1},  // exactly full: overtaken
+                             {"abcdefg", "", 0, "", "abcdefg", 0},
+                             {"ab", "", 0, "", "ab", 0},
+                             {"ab", "12345", 5, "ab12345", "ab12345", 7, 1},
+                             {"ab", "12345", 0, "", "ab", 1, -1, 1},
+                             {"ab", "12345", 0, "a", "aab", 2, 1, 2},  // the pending block goes out anew, whole
+                             {"ab", "12345", 0, "ab", "ab", 3, 1, 3},  // nothing of the block went out
+                             {"ab", "12345", 2, "ab12", "ab12", 5, 1, 5},
+                             {"ab", "12345", 0, "ab", "ab", 2, -1, 2},
+                             {"ab", "12345", 0, "", "ab", 1, 0}};
     for (const auto& [before, block, result, sent, afterFlush, sendCalls, takeAtMost, failSend] : cases) {
         SCOPED_TRACE(before + "|" + block + "|" + sent);
         ScriptedCommunicator wire;
@@ -69,6 +68,52 @@ TEST(StreamBufTest, BlocksThatDoNotFitGoOutDirectly) {
     }
 }
 
+/// Gathers chunks into one send, which counts as one.
+struct GatheringSender : ScriptedCommunicator {
+    using ScriptedCommunicator::send;
+    bool keeps = false;
+    bool send(const Chunk* chunks, int count, int& sent) override {
+        std::string all;
+        for (int i = 0; i < count; ++i)
+            all.append(static_cast<const char*>(chunks[i].data), static_cast<std::size_t>(chunks[i].size));
+        sent = static_cast<int>(all.size());
+        return send(all.data(), sent);
+    }
+    bool keepsMessages() const override { return keeps; }
+};
+
+struct Joined {
+    int takeAtMost, failSend;
+    bool keeps;
+    std::streamsize result;
+    std::string sent, afterFlush;
+    int sendCalls;
+};
+
+TEST(StreamBufTest, AFlushAndTheBlockThatFollowsGoOutTogetherUnlessMessagesAreKept) {
+    const std::string all = "abcd12345678";
+    const Joined cases[] = {{-1, 0, false, 8, all, all, 1},          {-1, 0, true, 8, all, all, 2},
+                            {3, 0, false, 8, all, all, 5},           {4, 0, false, 8, all, all, 3},
+                            {5, 0, false, 8, all, all, 3},           {0, 0, false, 0, "", "abcd", 1},
+                            {3, 2, false, 0, "abc", "abcabcd", 2},   {4, 2, false, 0, "abcd", "abcd", 2},
+                            {6, 2, false, 2, "abcd12", "abcd12", 2}, {-1, 1, false, 0, "", "abcd", 1}};
+    for (const auto& [takeAtMost, failSend, keeps, result, sent, afterFlush, sendCalls] : cases) {
+        SCOPED_TRACE(std::to_string(takeAtMost) + " " + std::to_string(failSend));
+        GatheringSender wire;
+        wire.takeAtMost = takeAtMost;
+        wire.failSend = failSend;
+        wire.keeps = keeps;
+        OpenBuf buffer(wire, 8, 0);
+        buffer.sputn("abcd", 4);
+        EXPECT_EQ(buffer.sputn("12345678", 8), result);
+        EXPECT_EQ(wire.sent(), sent);
+        EXPECT_EQ(wire.sendCalls, sendCalls);
+        wire.takeAtMost = -1;
+        EXPECT_EQ(buffer.pubsync(), 0);
+        EXPECT_EQ(wire.sent(), afterFlush);
+    }
+}
+
 TEST(StreamBufTest, AFailedFlushKeepsEverythingAndNeverWritesPastTheBuffer) {
     ScriptedCommunicator wire;
     wire.takeAtMost = 0;
@@ -77,9 +122,10 @@ TEST(StreamBufTest, AFailedFlushKeepsEverythingAndNeverWritesPastTheBuffer) {
     for (int i = 0; i < 9; ++i) EXPECT_EQ(buffer.sputc('b'), kEof);  // the first is kept, in the reserve
     EXPECT_EQ(buffer.pubsync(), -1);
     wire.takeAtMost = -1;
+    EXPECT_EQ(buffer.sputn("!", 1), 1);  // overtakes, as with any full buffer
     EXPECT_EQ(buffer.overflow('c'), 0);
     EXPECT_EQ(buffer.pubsync(), 0);
-    EXPECT_EQ(wire.sent(), "aaabc");
+    EXPECT_EQ(wire.sent(), "!aaabc");
 }
 
 TEST(StreamBufTest, ASizeOfZeroClosesItsDirection) {
@@ -114,19 +160,17 @@ struct Read {
 };
 
 TEST(StreamBufTest, ReadsAreWaitedForAndStopAtTheFirstFailure) {
-    const Read cases[] = {
-        {{}, 4, "abcd", 1, 1},
-        {{}, 9, "abcdefghi", 2, 2},  // after the first block straight into the caller's memory
-        {{1}, 9, "abcdefghi", 9, 9},
-        {{1}, 99, "abcdefghijkl", 13, 13},
-        {{2}, 6, "ab", 2, 2, 2},
-        {{2}, 6, "ab", 2, 1, 0, 2},
-        {{2}, 6, "", 2, 0, 0, 1},
-        {{0}, 6, "", 2, 2},
-        {{2, 0, 2}, 6, "ab", 2, 2},
-        {{}, 0, "", 1, 1},
-        {{}, -1, "", 1, 1},
-    };
+    const Read cases[] = {{{}, 4, "abcd", 1, 1},
+                          {{}, 9, "abcdefghi", 2, 2},  // after the first block straight into the caller's memory
+                          {{1}, 9, "abcdefghi", 9, 9},
+                          {{1}, 99, "abcdefghijkl", 13, 13},
+                          {{2}, 6, "ab", 2, 2, 2},
+                          {{2}, 6, "ab", 2, 1, 0, 2},
+                          {{2}, 6, "", 2, 0, 0, 1},
+                          {{0}, 6, "", 2, 2},
+                          {{2, 0, 2}, 6, "ab", 2, 2},
+                          {{}, 0, "", 1, 1},
+                          {{}, -1, "", 1, 1}};
     for (const auto& [pieces, want, got, waits, receives, failReceive, failWait] : cases) {
         SCOPED_TRACE(testing::PrintToString(pieces) + std::to_string(want));
         ScriptedCommunicator wire;
@@ -141,12 +185,15 @@ TEST(StreamBufTest, ReadsAreWaitedForAndStopAtTheFirstFailure) {
         EXPECT_EQ(std::string(block.get(), static_cast<std::size_t>(n)), got);
         EXPECT_EQ(wire.waits, failWait == 1 ? 1 : waits);
         EXPECT_EQ(wire.receives, receives);
+        EXPECT_TRUE(n <= 8 || buffer.sungetc() == kEof);  // the last byte is not in the buffer
     }
     ScriptedCommunicator wire;
     wire.bytes = "\xff";
     OpenBuf buffer(wire, 0, 8);
-    EXPECT_EQ(buffer.underflow(), 255);
-    EXPECT_EQ(buffer.underflow(), 255);
+    for (const int c : {255, 255}) EXPECT_EQ(buffer.underflow(), c);
+    buffer.sbumpc();
+    EXPECT_EQ(buffer.sgetc(), kEof);
+    EXPECT_EQ(buffer.sungetc(), 255);  // the end takes nothing away
 }
 
 TEST(StreamBufTest, UnreadInputAnswersBeforeTheReceiver) {
@@ -249,11 +296,17 @@ TEST(StreamBufTest, NewSizesKeepUnreadInputAndDropPendingOutputThatFits) {
     buffer.setSendBufSize(16);
     buffer.pubsync();
     EXPECT_EQ(wire.sent(), "12345");
+    buffer.setRecvBufSize(0);
+    EXPECT_EQ(buffer.sgetc(), kEof);
+    buffer.sputn("6", 1);
+    buffer.setSendBufSize(0);
+    EXPECT_EQ(wire.sent(), "123456");
+    buffer.setSendBufSize(8);
     wire.failSend = wire.sendCalls + 1;
     buffer.sputn("89", 2);
     buffer.setSendBufSize(1);
     EXPECT_EQ(buffer.pubsync(), 0);
-    EXPECT_EQ(wire.sent(), "12345");
+    EXPECT_EQ(wire.sent(), "123456");
 }
 
 struct Deleted : ScriptedCommunicator {
@@ -285,6 +338,7 @@ struct Trickle : ScriptedCommunicator {
 TEST(StreamBufTest, TheDeadlineEndsATrickleAndTheTimeoutEachWait) {
     Trickle wire;
     OpenBuf buffer(wire, 8, 8);
+    EXPECT_EQ(buffer.getTimeout(), -1);
     buffer.setTimeout(40);
     buffer.sbumpc();
     EXPECT_EQ(wire.limits.back(), 40);

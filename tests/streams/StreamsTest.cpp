@@ -1,6 +1,9 @@
+#include <Varnex/streams/base64decodebuf.h>
+#include <Varnex/streams/base64encodebuf.h>
 #include <Varnex/streams/iStream.h>
 #include <Varnex/streams/ioStream.h>
 #include <Varnex/streams/oStream.h>
+#include <Varnex/streams/urlbuf.h>
 #include <Varnex/transport/UDP.h>
 #include <tests/support/LoopbackPair.h>
 #include <tests/support/Scripted.h>
@@ -64,33 +67,65 @@ TEST(StreamsTest, AnotherThreadEndsARead) {
     EXPECT_EQ(in.get(), 'x');
 }
 
-TEST(StreamsTest, EachSideHasABufferOfItsOwnDirectionAndOwnsWhatItIsGiven) {
-    auto* wire = new ScriptedCommunicator;
-    wire->bytes = "12 34";
-    iStream in(wire, true);
-    int number = 0;
-    EXPECT_TRUE(in >> number);
-    EXPECT_EQ(number, 12);
-    EXPECT_EQ(in.rdbuf()->sputc('x'), EOF);
-    oStream out(new ScriptedCommunicator, true);
-    EXPECT_EQ(out.rdbuf()->sgetc(), EOF);
-    out << std::string(8191, 'x');
-    EXPECT_TRUE(out.put('y').flush());
+struct Counted : ScriptedCommunicator {
+    static inline int alive = 0;
+    Counted() { ++alive, bytes.assign(9000, 'x'); }
+    ~Counted() override { --alive; }
+};
+
+TEST(StreamsTest, EachDirectionHasABufferOfItsSizeAndTheOwnerDeletesOnce) {
+    auto *receiver = new Counted, *sender = new Counted, *both = new Counted;
+    {
+        iStream in(receiver, true);
+        oStream out(sender, true);
+        ioStream stream(both, true);
+        for (std::istream* each : {static_cast<std::istream*>(&in), static_cast<std::istream*>(&stream)}) each->get();
+        for (std::ostream* each : {static_cast<std::ostream*>(&out), static_cast<std::ostream*>(&stream)}) {
+            *each << std::string(8190, 'x') << 'y';
+            EXPECT_EQ(sender->sendCalls + both->sendCalls, each == &out ? 0 : 1);
+            *each << 'z';
+        }
+        EXPECT_EQ(receiver->bytes.size() + both->bytes.size(), 2 * (9000U - 8192U));
+        EXPECT_EQ(in.rdbuf()->sputc('x'), EOF);
+        EXPECT_EQ(out.rdbuf()->sgetc(), EOF);
+        EXPECT_EQ(Counted::alive, 3);
+    }
+    EXPECT_EQ(Counted::alive, 0);
 }
 
-TEST(StreamsTest, ADatagramIsSentByEachFlush) {
+template <class Codec>
+std::string readLive(const std::string& sent, int waits) {
+    ScriptedCommunicator wire;
+    wire.bytes = sent;
+    wire.stalls = true;
+    iStream source(&wire, false);
+    Codec codec(source);
+    std::string text;
+    while (codec.in_avail() > 0 || text.empty()) text += static_cast<char>(codec.sbumpc());
+    EXPECT_EQ(wire.waits, waits);
+    return text;
+}
+
+TEST(StreamsTest, CodecsHandOutWhatALiveConnectionHasSent) {
+    EXPECT_EQ(readLive<base64encodebuf>("TWFu\r\nTWFuT\r\n", 1), "ManMan");
+    EXPECT_EQ(readLive<base64decodebuf>("ManManM", 1), "TWFuTWFu");
+    EXPECT_EQ(readLive<urlbuf>("a=1&b=%202", 1), "a=1&b= 2");
+}
+
+TEST(StreamsTest, ADatagramIsSentByEachFlushAndByABlockThatDoesNotFit) {
     UDP receiver, sender;
     receiver.open();
     sender.setDestination(InetAddress::getLoopbackAddress(), receiver.getPort());
     sender.open();
     oStream out(&sender, false);
     iStream in(&receiver, false);
-    std::string line;
-    out << "a " << 1 << '\n' << std::flush << "b\n" << std::flush;
-    std::getline(in, line);
-    EXPECT_EQ(line, "a 1");
-    std::getline(in, line);
-    EXPECT_EQ(line, "b");
+    out << "a " << 1 << std::flush << "b" << std::string(9000, 'c') << std::flush;
+    for (const std::size_t size : {3, 1, 9000}) {
+        std::string datagram(9001, 0);
+        int n = 9001;
+        EXPECT_TRUE(in.rdbuf()->receive(datagram.data(), n));
+        EXPECT_EQ(n, size);
+    }
 }
 
 }  // namespace

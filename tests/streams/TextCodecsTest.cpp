@@ -47,37 +47,33 @@ std::string repeated(const std::string& text, int times) {
 }
 
 TEST(QuotedPrintableTest, Encodes) {
-    const Coded cases[] = {
-        {"a=b", "a=3Db"},
-        {"\xe9\xff\x7f~!", "=E9=FF=7F~!"},
-        {"\rx", "=0Dx"},
-        {"a\nb\r\nc", "a\r\nb\r\nc"},
-        {"\r\r\n\n\r", "=0D\r\n\r\n"},  // the last one waits
-        {"a \t_?\n", "a \t_?\r\n"},
-        {"a b?", "a_b=3F", true},
-        {"_\t=\r.\n\x80", "=5F=09=3D=0D.\r\n=80", true},
-        {std::string(200, 'x'), std::string(200, 'x')},
-    };
+    const Coded cases[] = {{"a=b", "a=3Db"},
+                           {"\xe9\xff\x7f~!", "=E9=FF=7F~!"},
+                           {"\rx", "=0Dx"},
+                           {"a\nb\r\nc", "a\r\nb\r\nc"},
+                           {"\r\r\n\n\r", "=0D\r\n\r\n"},  // the last one waits
+                           {"a \t_?\n", "a \t_?\r\n"},
+                           {"a b?", "a_b=3F", true},
+                           {"_\t=\r.\n\x80", "=5F=09=3D=0D.\r\n=80", true},
+                           {std::string(200, 'x'), std::string(200, 'x')}};
     expectEverySplit<quotedprintableencodebuf>(cases);
     EXPECT_EQ(through<quotedprintableencodebuf>(kLong, 0, false), repeated("=3D", 10000));
 }
 
 TEST(QuotedPrintableTest, DecodesAndKeepsWhatIsNoCode) {
-    const Coded cases[] = {
-        {"a=3Db=e9", "a=b\xe9"},
-        {"a=\r\nb=\nc= \t\r\nd= \ne", "abcde"},
-        {"=0D\r\n\n", "\r\r\n\n"},
-        {"=4x=x4==3D= 41=\rx=\r=41",
-         "=4x=x4=="
-         "= 41=\rx=\rA"},
-        {"=4\n=4=41", "=4\n=4A"},
-        {"_ \x80", "_ \x80"},
-        {"a_b=5F=3f", "a b_?", true},
-        {"x=", "x"},
-        {"x=4", "x"},
-        {"=" + std::string(998, ' ') + "\n", ""},
-        {"=" + std::string(999, ' ') + "\n", "=" + std::string(999, ' ') + "\n"},
-    };
+    const Coded cases[] = {{"a=3Db=e9", "a=b\xe9"},
+                           {"a=\r\nb=\nc= \t\r\nd= \ne", "abcde"},
+                           {"=0D\r\n\n", "\r\r\n\n"},
+                           {"=4x=x4==3D= 41=\rx=\r=41",
+                            "=4x=x4=="
+                            "= 41=\rx=\rA"},
+                           {"=4\n=4=41", "=4\n=4A"},
+                           {"_ \x80", "_ \x80"},
+                           {"a_b=5F=3f", "a b_?", true},
+                           {"x=", "x"},
+                           {"x=4", "x"},
+                           {"=" + std::string(998, ' ') + "\n", ""},
+                           {"=" + std::string(999, ' ') + "\n", "=" + std::string(999, ' ') + "\n"}};
     expectEverySplit<quotedprintabledecodebuf>(cases);
     EXPECT_EQ(through<quotedprintabledecodebuf>(repeated("=3D", 10000), 0, false), kLong);
 }
@@ -100,9 +96,14 @@ void expectStops(std::size_t room, const std::string& text, std::streamsize take
     EXPECT_EQ(none.pubsync(), -1);
 }
 
+struct OpenEncoder : quotedprintableencodebuf {
+    using quotedprintableencodebuf::overflow, quotedprintableencodebuf::quotedprintableencodebuf;
+};
+
 TEST(QuotedPrintableTest, StopsWhereTheTargetRefuses) {
     expectStops<quotedprintableencodebuf>(4, "ab=cd", 2, "ab=3");
     expectStops<quotedprintableencodebuf>(0, "\rx", 1, "");
+    EXPECT_EQ(OpenEncoder(nullptr).overflow(kEof), 0);
     expectStops<quotedprintabledecodebuf>(2, "a=3Dbc", 4, "a=");
 }
 
@@ -134,15 +135,13 @@ TEST(UrlbufTest, EncodesByItsSets) {
 }
 
 TEST(UrlbufTest, DecodesTwoDigitsAndLeavesTheRest) {
-    const Coded cases[] = {
-        {"a%2fb%2FC+d", "a/b/C+d"},
-        {"%00%ff", std::string("\0\xff", 2)},
-        {"%", "%"},
-        {"%4", "%4"},
-        {"%4z%z4%%41%4%41%", "%4z%z4%A%4A%"},
-        {"%2541", "%41"},
-        {repeated("%3D", 10000), kLong},
-    };
+    const Coded cases[] = {{"a%2fb%2FC+d", "a/b/C+d"},
+                           {"%00%ff", std::string("\0\xff", 2)},
+                           {"%", "%"},
+                           {"%4", "%4"},
+                           {"%4z%z4%%41%4%41%", "%4z%z4%A%4A%"},
+                           {"%2541", "%41"},
+                           {repeated("%3D", 10000), kLong}};
     for (const auto& [from, to, headerMode] : cases) {
         for (const int array : {-1, 0, 2, 3}) {
             std::istringstream source(from);
