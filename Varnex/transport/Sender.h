@@ -25,8 +25,8 @@ public:
     /// after a chunk that was not taken whole; false when a `send` fails.
     virtual bool send(const Chunk* chunks, int count, int& sent);
 
-    /// Whether each send reaches the receiver as a message of its own, by default not. Buffers then keep apart what they
-    /// would otherwise send together.
+    /// Whether each send reaches the receiver as a message of its own, by default not. Buffers then keep apart what
+    /// they would otherwise send together.
     [[nodiscard]] virtual bool keepsMessages() const { return false; }
 };
 
