@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <ostream>
 #include <span>
 #include <streambuf>
 #include <string_view>
@@ -84,6 +85,15 @@ std::streamsize putInSlices(std::streambuf* sink, std::span<const char> bytes, E
         done += slice.size();
     }
     return static_cast<std::streamsize>(done);
+}
+
+/// The same into a stream, which has its badbit then, and takes nothing once it has failed.
+template <class Encode>
+std::streamsize putInSlices(std::ostream& target, std::span<const char> bytes, Encode encode) {
+    if (target.fail()) return 0;
+    const std::streamsize done = putInSlices(target.rdbuf(), bytes, encode);
+    if (done < std::ssize(bytes)) target.setstate(std::ios_base::badbit);
+    return done;
 }
 
 }  // namespace Varnex

@@ -22,14 +22,11 @@ base64decodebuf::base64decodebuf(std::iostream& stream) : base64decodebuf(&strea
 base64decodebuf::~base64decodebuf() = default;
 
 std::streamsize base64decodebuf::decode(const char* s, std::streamsize n) {
-    if (!canWrite()) return 0;
     const std::span text(s, static_cast<std::size_t>(n));
-    const std::streamsize done = putInSlices(target()->rdbuf(), text, [this](CodedOutput& out, auto slice) {
+    return putInSlices(*target(), text, [this](CodedOutput& out, auto slice) {
         const std::size_t room = Base64Decoder::mostBytes(slice.size());
         out.commit(decoder_->decode(out.reserve(room), room, {slice.data(), slice.size()}));
     });
-    if (done < n) target()->setstate(std::ios_base::badbit);
-    return done;
 }
 
 std::streamsize base64decodebuf::encode(char* s, std::streamsize n) {

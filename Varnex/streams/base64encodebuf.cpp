@@ -25,12 +25,8 @@ base64encodebuf::base64encodebuf(std::iostream& stream, std::string lineSeparato
 base64encodebuf::~base64encodebuf() = default;
 
 std::streamsize base64encodebuf::encode(const char* s, std::streamsize n) {
-    if (!canWrite()) return 0;
     const std::span bytes(s, static_cast<std::size_t>(n));
-    const std::streamsize done =
-        putInSlices(target()->rdbuf(), bytes, [this](CodedOutput& out, auto slice) { encodeSlice(out, slice); });
-    if (done < n) target()->setstate(std::ios_base::badbit);
-    return done;
+    return putInSlices(*target(), bytes, [this](CodedOutput& out, auto slice) { encodeSlice(out, slice); });
 }
 
 void base64encodebuf::encodeSlice(CodedOutput& out, std::span<const char> bytes) {

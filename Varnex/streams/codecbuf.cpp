@@ -16,10 +16,6 @@ bool codecbuf::isTargetGood() const {
     return target_ != nullptr && target_->good();
 }
 
-bool codecbuf::canWrite() const {
-    return target_ != nullptr && !target_->fail();
-}
-
 std::streamsize codecbuf::readSource(char* s, std::streamsize n) {
     return source_->good() ? std::clamp<std::streamsize>(source_->rdbuf()->sgetn(s, n), 0, n) : 0;
 }

@@ -45,8 +45,6 @@ protected:
 
     [[nodiscard]] std::ostream* target() const { return target_; }
     [[nodiscard]] bool isTargetGood() const;
-    /// Whether it has not failed; it may be at the end of its own input.
-    [[nodiscard]] bool canWrite() const;
     /// `n` bytes, fewer only at the source's end.
     [[nodiscard]] std::streamsize readSource(char* s, std::streamsize n);
     /// One byte, or the end of the file; takes nothing that follows.

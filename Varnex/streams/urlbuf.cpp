@@ -48,12 +48,8 @@ urlbuf::urlbuf(std::iostream& stream, std::string_view alwaysEncoded, std::strin
 urlbuf::~urlbuf() = default;
 
 std::streamsize urlbuf::encode(const char* s, std::streamsize n) {
-    if (!canWrite()) return 0;
     const std::span bytes(s, static_cast<std::size_t>(n));
-    const std::streamsize done = putInSlices(
-        target()->rdbuf(), bytes, [this](CodedOutput& out, auto slice) { putCoded(out, slice, table_->codes); });
-    if (done < n) target()->setstate(std::ios_base::badbit);
-    return done;
+    return putInSlices(*target(), bytes, [this](CodedOutput& out, auto slice) { putCoded(out, slice, table_->codes); });
 }
 
 std::streamsize urlbuf::decode(char* s, std::streamsize n) {
