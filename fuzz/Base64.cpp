@@ -66,11 +66,8 @@ void checkEncoding(std::string_view bytes, Fuzz::Sizes sizes, std::streamsize wi
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size < Fuzz::kTextAt) return 0;
-    const Fuzz::Sizes sizes(data + 1, Fuzz::Sizes::extent);
-    const std::vector<char> block = Fuzz::textOf(data, size);
-    const std::string_view text(block.data(), block.size());
-    checkDecoding(text, sizes);
-    checkEncoding(text, sizes, data[0] >> 1);
-    return 0;
+    return Fuzz::run(data, size, [](std::uint8_t choice, Fuzz::Sizes sizes, std::string_view text) {
+        checkDecoding(text, sizes);
+        checkEncoding(text, sizes, choice >> 1);
+    });
 }

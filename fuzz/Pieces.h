@@ -34,6 +34,15 @@ inline std::vector<char> textOf(const std::uint8_t* data, std::size_t size) {
     return text;
 }
 
+/// Has `checkInput(choice, sizes, text)` called for an input that is long enough.
+template <class Check>
+int run(const std::uint8_t* data, std::size_t size, Check checkInput) {
+    if (size < kTextAt) return 0;
+    const std::vector<char> block = textOf(data, size);
+    checkInput(data[0], Sizes(data + 1, Sizes::extent), std::string_view(block.data(), block.size()));
+    return 0;
+}
+
 /// 0: the operation for one character; otherwise 1 to 8129, mostly small.
 constexpr std::size_t pieceSize(Sizes sizes, std::size_t piece) {
     const std::size_t n = sizes[1 + piece % 3];

@@ -34,14 +34,11 @@ std::string kept(std::string_view bytes) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size < Fuzz::kTextAt) return 0;
-    const Fuzz::Sizes sizes(data + 1, Fuzz::Sizes::extent);
-    const bool headerMode = (data[0] & 2) != 0;
-    const std::vector<char> block = Fuzz::textOf(data, size);
-    const std::string_view text(block.data(), block.size());
-    const std::string encoded = convert<quotedprintableencodebuf>(text, headerMode, sizes);
-    Fuzz::check(encoded.size() <= 3 * text.size());
-    Fuzz::check(convert<quotedprintabledecodebuf>(encoded, headerMode, sizes) == kept(text));
-    Fuzz::check(convert<quotedprintabledecodebuf>(text, headerMode, sizes).size() <= text.size());
-    return 0;
+    return Fuzz::run(data, size, [](std::uint8_t choice, Fuzz::Sizes sizes, std::string_view text) {
+        const bool headerMode = (choice & 2) != 0;
+        const std::string encoded = convert<quotedprintableencodebuf>(text, headerMode, sizes);
+        Fuzz::check(encoded.size() <= 3 * text.size());
+        Fuzz::check(convert<quotedprintabledecodebuf>(encoded, headerMode, sizes) == kept(text));
+        Fuzz::check(convert<quotedprintabledecodebuf>(text, headerMode, sizes).size() <= text.size());
+    });
 }

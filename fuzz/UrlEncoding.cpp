@@ -34,24 +34,23 @@ void checkEncoded(std::string_view text, const std::string& plain) {
     }
 }
 
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size < Fuzz::kTextAt) return 0;
-    const Fuzz::Sizes sizes(data + 1, Fuzz::Sizes::extent);
-    const std::vector<char> block = Fuzz::textOf(data, size);
-    const std::string_view text(block.data(), block.size());
+void checkInput(std::uint8_t choice, Fuzz::Sizes sizes, std::string_view text) {
     Fuzz::check(decode(text, sizes) == decode(text, Fuzz::Sizes(Fuzz::kLargest)));
 
-    const std::string_view always = text.substr(0, data[0] >> 1 & 7);
-    const std::string_view allowed = text.substr(always.size(), data[0] >> 4);
+    const std::string_view always = text.substr(0, choice >> 1 & 7);
+    const std::string_view allowed = text.substr(always.size(), choice >> 4);
     std::string plain =
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_.!~* ()" + std::string(allowed);
     std::erase_if(plain, [always](char c) { return always.find(c) != std::string_view::npos; });
     const std::string encoded = encode(text, always, allowed, sizes);
     Fuzz::check(encoded == encode(text, always, allowed, Fuzz::Sizes(Fuzz::kLargest)));
-    if (plain.find('%') != std::string::npos) return 0;  // then it cannot be told from an escape
+    if (plain.find('%') != std::string::npos) return;  // then it cannot be told from an escape
     checkEncoded(encoded, plain);
     Fuzz::check(decode(encoded, sizes) == text);
-    return 0;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    return Fuzz::run(data, size, checkInput);
 }

@@ -32,28 +32,32 @@ std::streamsize codecbuf::readyInSource() {
     return source_->good() ? source_->rdbuf()->in_avail() : 0;
 }
 
-void codecbuf::failTarget() {
+/// A step that throws also gives the target its badbit, quietly: the exception on its way says more.
+template <class Step>
+auto codecbuf::orFailTarget(Step step) {
     try {
-        target_->setstate(std::ios_base::badbit);
-    } catch (...) {  // the failure on its way says more
+        return step();
+    } catch (...) {
+        try {
+            target_->setstate(std::ios_base::badbit);
+        } catch (...) {
+        }
+        throw;
     }
 }
 
 std::streamsize codecbuf::convert(const char* s, std::streamsize n) {
-    try {
-        return convertWritten(s, n);
-    } catch (...) {
-        failTarget();
-        throw;
-    }
+    return orFailTarget([&] { return convertWritten(s, n); });
 }
 
 bool codecbuf::finish() {
+    return orFailTarget([&] { return finishWritten(); });
+}
+
+void codecbuf::flushQuietly() noexcept {
     try {
-        return finishWritten();
-    } catch (...) {
-        failTarget();
-        throw;
+        pubsync();
+    } catch (...) {  // the target has its badbit
     }
 }
 

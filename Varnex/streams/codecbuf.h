@@ -23,6 +23,9 @@ public:
     codecbuf& operator=(const codecbuf&) = delete;
     ~codecbuf() override;
 
+    /// Flushes and lets no exception out: for destructors of streams.
+    void flushQuietly() noexcept;
+
 protected:
     /// Null: that direction fails.
     codecbuf(std::ostream* target, std::istream* source);
@@ -61,9 +64,10 @@ private:
     void openPutArea();
     [[nodiscard]] bool prepareToWrite();
     [[nodiscard]] bool convertPending();
+    template <class Step>
+    auto orFailTarget(Step step);
     [[nodiscard]] std::streamsize convert(const char* s, std::streamsize n);
     [[nodiscard]] bool finish();
-    void failTarget();
 
     std::ostream* target_;
     std::istream* source_;

@@ -8,10 +8,7 @@ obase64encodestream::obase64encodestream(std::ostream& target, std::string lineS
     : base64encodebase(target, std::move(lineSeparator)), std::ostream(base64encodebase::rdbuf()) {}
 
 obase64encodestream::~obase64encodestream() {
-    try {
-        rdbuf()->pubsync();
-    } catch (...) {  // the target has its badbit, and a destructor must not throw
-    }
+    rdbuf()->flushQuietly();
 }
 
 }  // namespace Varnex
