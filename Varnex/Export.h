@@ -1,4 +1,4 @@
 #pragma once
 
-/// Marks what the library exports; everything else stays hidden.
+/* Marks what the library exports; everything else stays hidden. */
 #define VARNEX_API __attribute__((visibility("default")))

@@ -1,5 +1,6 @@
 #include <Varnex/transport/Serial.h>
 
+#include <Varnex/transport/LowerCase.h>
 #include <Varnex/transport/PollReadable.h>
 #include <Varnex/transport/PrintLine.h>
 #include <Varnex/transport/SendAll.h>
@@ -57,11 +58,6 @@ bool choose(int& setting, const Key& key, const Choice<Key> (&choices)[count]) {
 bool fail(std::string_view line) {
     printError(line);
     return false;
-}
-
-void toLower(std::string& text) {
-    for (char& letter : text)
-        if (letter >= 'A' && letter <= 'Z') letter = static_cast<char>(letter - 'A' + 'a');
 }
 
 void trim(std::string& text) {
@@ -197,7 +193,7 @@ bool Serial::setDataBits(int count) {
 }
 
 bool Serial::setParity(std::string parity) {
-    toLower(parity);
+    makeLowerCase(parity);
     return choose<std::string_view>(settings_.parity, parity, kParities) ||
            fail("ERROR: Invalid parity " + parity + " (must be none, even or odd)");
 }
@@ -208,7 +204,7 @@ bool Serial::setStopBits(int count) {
 }
 
 bool Serial::setHandshake(std::string handshake) {
-    toLower(handshake);
+    makeLowerCase(handshake);
     return choose<std::string_view>(settings_.handshake, handshake, kHandshakes) ||
            fail("ERROR: Invalid handshake " + handshake + " (must be none, software or hardware)");
 }

@@ -1,7 +1,7 @@
-# cmake -DROOT=... -DCC=... -P c_headers.cmake: each header that declares C functions compiles as C11.
+# cmake -DROOT=... -DCC=... -P c_headers.cmake: each header that declares C functions compiles as C89.
 cmake_minimum_required(VERSION 3.25)
 file(GLOB_RECURSE headers "${ROOT}/Varnex/*.h" "${ROOT}/Zendro/*.h" "${ROOT}/Plexa/*.h")
-set(flags -std=c11 -Wall -Wextra -Wpedantic -Werror -fsyntax-only "-I${ROOT}" -x c)
+set(flags -std=c89 -Wall -Wextra -Wpedantic -Werror -fsyntax-only "-I${ROOT}" -x c)
 foreach(header IN LISTS headers)
     file(STRINGS "${header}" marks REGEX "extern \"C\"")
     if(marks)

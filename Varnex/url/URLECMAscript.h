@@ -1,0 +1,25 @@
+#pragma once
+
+#include <Varnex/Export.h>
+#include <Varnex/url/URLDirect.h>
+
+#include <string>
+
+namespace Varnex {
+
+/// "ecmascript:" URLs.
+class VARNEX_API URLECMAscript : public URLDirect {
+public:
+    explicit URLECMAscript(std::string text);
+    ~URLECMAscript() override;
+
+    [[nodiscard]] const char* mimeType() const override;
+    [[nodiscard]] const char* scheme() const override;
+
+    /// Never fails.
+    [[nodiscard]] static URLImpl* createAbsolute(const std::string& scheme, const std::string& rest);
+
+    static Protocol _ecmascriptProtocol;
+};
+
+}  // namespace Varnex

@@ -1,0 +1,108 @@
+#include <Varnex/url/URLPolicy.h>
+
+#include <Varnex/transport/Exception.h>
+#include <Varnex/transport/LowerCase.h>
+#include <Varnex/transport/SocketAddress.h>
+#include <Varnex/transport/SystemError.h>
+#include <Varnex/url/PublicAddress.h>
+#include <Varnex/url/URLImpl.h>
+#include <Zendro/Mutex.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <utility>
+#include <vector>
+
+namespace Varnex {
+
+namespace {
+
+struct Current {
+    Zendro::Mutex mutex;
+    std::shared_ptr<const URLPolicy> policy VARNEX_GUARDED_BY(mutex) = std::make_shared<const URLPolicy>();
+};
+
+Current& current() {
+    static Current& instance = *new Current;  // also for static objects that open URLs at the end of the process
+    return instance;
+}
+
+std::string withoutBrackets(const std::string& host) {
+    return host.size() >= 2 && host.front() == '[' && host.back() == ']' ? host.substr(1, host.size() - 2) : host;
+}
+
+/// What the system takes for an address without looking it up; there is at most one.
+std::vector<SocketAddress> numericAddress(const std::string& host) {
+    std::vector<SocketAddress> found;
+    try {
+        SocketAddress::resolve(host, "", SocketAddress::NumericHost, SocketAddress::Stream, SocketAddress::TCP, found);
+    } catch (const Exception&) {
+        found.clear();  // a name
+    }
+    return found;
+}
+
+[[noreturn]] void refuse() {
+    throw URLImpl::Exception("Open error - not allowed by the URL policy");
+}
+
+bool isNameOfThisMachine(std::string name) {
+    makeLowerCase(name);
+    if (name.ends_with('.')) name.pop_back();
+    return name == "localhost" || name.ends_with(".localhost");
+}
+
+}  // namespace
+
+URLPolicy::~URLPolicy() = default;
+
+void URLPolicy::setFileRoot(const std::string& folder) {
+    fileRoot_.clear();
+    if (folder.empty()) return;
+    const std::unique_ptr<char, decltype(&std::free)> path(::realpath(folder.c_str(), nullptr), &std::free);
+    if (path == nullptr) throw URLImpl::Exception(withErrno("Cannot find folder " + folder, errno));
+    fileRoot_ = path.get();
+    if (!fileRoot_.ends_with('/')) fileRoot_ += '/';
+}
+
+void URLPolicy::check(const URLImpl& url) const {
+    if (!schemes_.empty() && !schemes_.contains(url.getScheme())) refuse();
+    checkHost(url.getHost());
+}
+
+void URLPolicy::checkHost(const std::string& host) const {
+    if (!allowsHost(host)) refuse();
+}
+
+bool URLPolicy::allowsHost(const std::string& host) const {
+    if (!publicHostsOnly_ || host.empty()) return true;
+    if (isNameOfThisMachine(host)) return false;
+    for (const SocketAddress& address : numericAddress(withoutBrackets(host)))
+        if (!allowsAddress(*address.getAddress())) return false;
+    return true;
+}
+
+bool URLPolicy::allowsAddress(const sockaddr& address) const {
+    return !publicHostsOnly_ || isPublicAddress(address);
+}
+
+bool URLPolicy::allowsFile(const std::string& path) const {
+    return path.starts_with(fileRoot_);
+}
+
+void URLPolicy::checkSize(long long bytes) const {
+    if (maxSize_ > 0 && bytes > maxSize_) throw URLImpl::Exception("Open error - larger than the URL policy allows");
+}
+
+void URLPolicy::setCurrent(std::shared_ptr<const URLPolicy> policy) {
+    if (policy == nullptr) policy = std::make_shared<const URLPolicy>();
+    const Zendro::MutexLock lock(current().mutex);
+    current().policy.swap(policy);
+}
+
+std::shared_ptr<const URLPolicy> URLPolicy::getCurrent() {
+    const Zendro::MutexLock lock(current().mutex);
+    return current().policy;
+}
+
+}  // namespace Varnex

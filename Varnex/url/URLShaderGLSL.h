@@ -1,0 +1,25 @@
+#pragma once
+
+#include <Varnex/Export.h>
+#include <Varnex/url/URLDirect.h>
+
+#include <string>
+
+namespace Varnex {
+
+/// "glsl:" URLs: shader programs.
+class VARNEX_API URLShaderGLSL : public URLDirect {
+public:
+    explicit URLShaderGLSL(std::string text);
+    ~URLShaderGLSL() override;
+
+    [[nodiscard]] const char* mimeType() const override;
+    [[nodiscard]] const char* scheme() const override;
+
+    /// Never fails.
+    [[nodiscard]] static URLImpl* createAbsolute(const std::string& scheme, const std::string& rest);
+
+    static Protocol _shaderGLSLProtocol;
+};
+
+}  // namespace Varnex
