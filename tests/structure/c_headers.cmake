@@ -1,10 +1,10 @@
 # cmake -DROOT=... -DCC=... -P c_headers.cmake: each header that declares C functions compiles as C89.
 cmake_minimum_required(VERSION 3.25)
 file(GLOB_RECURSE headers "${ROOT}/Varnex/*.h" "${ROOT}/Zendro/*.h" "${ROOT}/Plexa/*.h")
-set(flags -std=c89 -Wall -Wextra -Wpedantic -Werror -fsyntax-only "-I${ROOT}" -x c)
+set(flags -std=c89 -Wall -Wextra -Wpedantic -Werror -fsyntax-only "-I${ROOT}")
 foreach(header IN LISTS headers)
     file(STRINGS "${header}" marks REGEX "extern \"C\"")
     if(marks)
-        execute_process(COMMAND "${CC}" ${flags} "${header}" COMMAND_ERROR_IS_FATAL ANY)
+        execute_process(COMMAND "${CC}" ${flags} -include "${header}" -x c /dev/null COMMAND_ERROR_IS_FATAL ANY)
     endif()
 endforeach()
