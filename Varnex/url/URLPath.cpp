@@ -54,7 +54,8 @@ private:
     /// A "../" at the very beginning takes everything after the last "/" of the path with it, unless that is its own;
     /// nothing follows then. An oddity, but wanted so.
     bool cutAfterLastSlash() {
-        path_.resize(path_.rfind('/') + 1);
+        const std::size_t slash = path_.rfind('/');
+        if (slash > read_ + 2) path_.resize(slash + 1);
         return false;
     }
 
