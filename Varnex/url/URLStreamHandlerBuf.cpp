@@ -13,7 +13,7 @@ void URLStreamHandlerBuf::Closer::operator()(QX_URLStream* stream) const {
 }
 
 URLStreamHandlerBuf::URLStreamHandlerBuf(QX_URLStream* stream)
-    : stream_(stream), buffer_(std::make_unique_for_overwrite<char[]>(kBufferSize)) {}
+    : stream_(stream), buffer_(std::make_unique<char[]>(kBufferSize)) {}
 
 URLStreamHandlerBuf::~URLStreamHandlerBuf() {
     stream_.reset();  // before the buffer, as the stream's owner expects

@@ -6,7 +6,7 @@
 
 /// The system calls that can fail in a program that wraps them.
 // clang-format off
-enum class Call { accept4, bind, EVP_Digest, RAND_bytes, cfsetispeed, cfsetospeed, close, connect, getnameinfo, getsockname, ioctl, listen, pipe2, poll,
+enum class Call { accept4, bind, mkostemp, inflateInit2_, EVP_Digest, RAND_bytes, cfsetispeed, cfsetospeed, close, connect, getnameinfo, getsockname, ioctl, listen, pipe2, poll,
                   read, recv, recvfrom, send, sendmsg, sendto, setsockopt, signal, socket, sp_list_ports, tcgetattr, tcsetattr, write,
                   kCount };
 // clang-format on
