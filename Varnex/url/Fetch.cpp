@@ -88,8 +88,7 @@ URLImpl::File readToDisk(URLImpl::Stream& stream) {
     TemporaryFile file;
     const auto block = std::make_unique_for_overwrite<char[]>(kCopyBlock);
     long long size = 0;
-    for (std::size_t n = kCopyBlock; n == kCopyBlock;) {
-        n = readFrom(stream, block.get(), kCopyBlock);
+    while (const std::size_t n = readFrom(stream, block.get(), kCopyBlock)) {
         file.write({block.get(), n});
         policy->checkSize(size += static_cast<long long>(n));
     }

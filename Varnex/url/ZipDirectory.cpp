@@ -40,15 +40,15 @@ std::string readAt(std::istream& archive, std::uint64_t offset, std::size_t n) {
     return bytes;
 }
 
-ZipEntry parseEntry(std::string_view record, std::uint64_t shift) {
+/// What both kinds of headers have from the flags on.
+ZipEntry parseFields(std::string_view fields) {
     ZipEntry entry;
-    entry.flags = littleEndian<std::uint16_t>(record, 8);
-    entry.method = littleEndian<std::uint16_t>(record, 10);
-    entry.time = littleEndian<std::uint32_t>(record, 12);
-    entry.crc = littleEndian<std::uint32_t>(record, 16);
-    entry.compressedSize = littleEndian<std::uint32_t>(record, 20);
-    entry.size = littleEndian<std::uint32_t>(record, 24);
-    entry.headerOffset = littleEndian<std::uint32_t>(record, 42) + shift;
+    entry.flags = littleEndian<std::uint16_t>(fields, 0);
+    entry.method = littleEndian<std::uint16_t>(fields, 2);
+    entry.time = littleEndian<std::uint32_t>(fields, 4);
+    entry.crc = littleEndian<std::uint32_t>(fields, 8);
+    entry.compressedSize = littleEndian<std::uint32_t>(fields, 12);
+    entry.size = littleEndian<std::uint32_t>(fields, 16);
     return entry;
 }
 
@@ -107,7 +107,9 @@ void ZipDirectory::readEntries(const std::string& records, std::size_t count, st
         const std::size_t size =
             kEntrySize + nameSize + littleEndian<std::uint16_t>(rest, 30) + littleEndian<std::uint16_t>(rest, 32);
         if (rest.size() < size) refuse();
-        entries_.insert_or_assign(std::string(rest.substr(kEntrySize, nameSize)), parseEntry(rest, shift));
+        ZipEntry entry = parseFields(rest.substr(8));
+        entry.headerOffset = littleEndian<std::uint32_t>(rest, 42) + shift;
+        entries_.insert_or_assign(std::string(rest.substr(kEntrySize, nameSize)), entry);
         rest.remove_prefix(size);
     }
 }
@@ -121,13 +123,19 @@ bool ZipDirectory::isOf(std::istream& archive) const {
     return readAt(archive, endOffset_, endRecord_.size() + 1) == endRecord_;
 }
 
-ZipLocalHeader ZipLocalHeader::read(std::istream& archive, std::uint64_t offset) {
+std::optional<ZipLocalHeader> ZipLocalHeader::read(std::istream& archive, std::uint64_t offset) {
     const std::string header = readAt(archive, offset, kLocalSize);
-    if (header.size() < kLocalSize || !header.starts_with(kLocalSignature)) refuse();
+    if (header.size() < kLocalSize || !header.starts_with(kLocalSignature)) return {};
     const std::size_t nameSize = littleEndian<std::uint16_t>(header, 26);
     const std::size_t extraSize = littleEndian<std::uint16_t>(header, 28);
-    return {readAt(archive, offset + kLocalSize, nameSize), littleEndian<std::uint16_t>(header, 8),
-            littleEndian<std::uint32_t>(header, 10), offset + kLocalSize + nameSize + extraSize};
+    return ZipLocalHeader{readAt(archive, offset + kLocalSize, nameSize),
+                          parseFields(std::string_view(header).substr(6)), offset + kLocalSize + nameSize + extraSize};
+}
+
+bool ZipLocalHeader::agreesWith(const std::string& member, const ZipEntry& other) const {
+    if (name != member || entry.method != other.method || entry.time != other.time) return false;
+    return (entry.flags & ZipEntry::kSizesFollowFlag) != 0 ||
+           (entry.crc == other.crc && entry.compressedSize == other.compressedSize && entry.size == other.size);
 }
 
 }  // namespace Varnex

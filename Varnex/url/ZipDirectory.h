@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <istream>
+#include <optional>
 #include <string>
 #include <unordered_map>
 
@@ -39,12 +40,14 @@ private:
 /// What stands before the data of a member.
 struct ZipLocalHeader {
     std::string name;
-    std::uint16_t method;
-    std::uint32_t time;
+    ZipEntry entry;  // sizes and checksum are 0 when they come after the data
     std::uint64_t dataOffset;
 
-    /// Throws when there is none.
-    [[nodiscard]] static ZipLocalHeader read(std::istream& archive, std::uint64_t offset);
+    /// Nothing: there is none.
+    [[nodiscard]] static std::optional<ZipLocalHeader> read(std::istream& archive, std::uint64_t offset);
+
+    /// Whether it says the same as the directory, as far as it says anything.
+    [[nodiscard]] bool agreesWith(const std::string& member, const ZipEntry& other) const;
 };
 
 }  // namespace Varnex

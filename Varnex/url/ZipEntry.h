@@ -8,7 +8,7 @@ namespace Varnex {
 
 /// What the central directory of an archive tells of a member.
 struct ZipEntry {
-    static constexpr std::uint16_t kStored = 0, kDeflated = 8, kEncryptedFlag = 1;
+    static constexpr std::uint16_t kStored = 0, kDeflated = 8, kEncryptedFlag = 1, kSizesFollowFlag = 8;
     static constexpr std::uint32_t kZip64Value = 0xFFFFFFFF;  // the true one is elsewhere then
 
     std::uint16_t flags = 0;

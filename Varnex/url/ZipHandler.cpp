@@ -68,19 +68,19 @@ bool ZipHandler::isCurrent(std::istream& archive, const std::string& name) const
     if (!directory_->isOf(archive)) return false;
     const ZipEntry* const entry = directory_->find(name);
     if (entry == nullptr) return true;
-    const ZipLocalHeader header = ZipLocalHeader::read(archive, entry->headerOffset);
-    return header.name == name && header.method == entry->method && header.time == entry->time;
+    const auto header = ZipLocalHeader::read(archive, entry->headerOffset);
+    return header && header->agreesWith(name, *entry);
 }
 
 ZipHandler::Member ZipHandler::openMember(std::unique_ptr<std::istream> archive, const std::string& name) const {
     const ZipEntry* const entry = directory_->find(name);
     if (entry == nullptr) throw URLImpl::Exception("Zip does not contain file");
     if (!entry->isSupported()) throw URLImpl::Exception("Unsupported compression method");
-    const ZipLocalHeader header = ZipLocalHeader::read(*archive, entry->headerOffset);
+    const auto header = ZipLocalHeader::read(*archive, entry->headerOffset);
     const bool isStored = entry->method == ZipEntry::kStored;
-    if (header.name != name || (isStored && entry->compressedSize != entry->size))
+    if (!header || header->name != name || (isStored && entry->compressedSize != entry->size))
         throw URLImpl::Exception("Invalid zip file");
-    auto data = memberData(std::move(archive), header.dataOffset, *entry);
+    auto data = memberData(std::move(archive), header->dataOffset, *entry);
     return {std::make_unique<ZipMemberBuf>(std::move(data), entry->size, entry->crc), entry->size};
 }
 
