@@ -1,6 +1,7 @@
 #include <Varnex/url/Fetch.h>
 
 #include <Varnex/transport/SystemError.h>
+#include <Varnex/url/LimitedBuf.h>
 #include <Varnex/url/TemporaryFile.h>
 #include <Varnex/url/URLImpl.h>
 #include <Varnex/url/URLLocalFile.h>
@@ -103,7 +104,10 @@ void URLImpl::checkPolicy() const {
 
 URLImpl::Stream* URLImpl::makeStream(std::unique_ptr<std::streambuf> buffer, std::string mimeType,
                                      long long contentLength) {
-    URLPolicy::getCurrent()->checkSize(contentLength);
+    const auto policy = URLPolicy::getCurrent();
+    policy->checkSize(contentLength);
+    if (contentLength < 0 && policy->getMaxSize() > 0)
+        buffer = std::make_unique<LimitedBuf>(std::move(buffer), policy->getMaxSize());
     return new Stream(std::move(buffer), std::move(mimeType), contentLength);
 }
 

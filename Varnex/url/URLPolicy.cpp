@@ -91,7 +91,11 @@ bool URLPolicy::allowsFile(const std::string& path) const {
 }
 
 void URLPolicy::checkSize(long long bytes) const {
-    if (maxSize_ > 0 && bytes > maxSize_) throw URLImpl::Exception("Open error - larger than the URL policy allows");
+    if (maxSize_ > 0 && bytes > maxSize_) refuseSize();
+}
+
+void URLPolicy::refuseSize() {
+    throw URLImpl::Exception("Open error - larger than the URL policy allows");
 }
 
 void URLPolicy::setCurrent(std::shared_ptr<const URLPolicy> policy) {

@@ -31,9 +31,8 @@ public:
     /// Only these schemes, in lower case, open; an empty set: all. An archive also needs the scheme of what it is in.
     void setAllowedSchemes(std::set<std::string> schemes) { schemes_ = std::move(schemes); }
 
-    /// Bytes that one resource may have: a longer one does not open, and of one whose length is not announced
-    /// `read2mem` and `read2disk` give up there. Who reads a stream of unknown length has to count. Also limits the
-    /// copy of an archive that cannot be read where it is.
+    /// Bytes that one resource may have: a longer one does not open, and one whose length is not announced fails past
+    /// them, its stream by the badbit. Also limits the copy of an archive that cannot be read where it is.
     void setMaxSize(long long bytes) { maxSize_ = bytes; }
     [[nodiscard]] long long getMaxSize() const { return maxSize_; }
 
@@ -59,6 +58,8 @@ public:
     [[nodiscard]] bool confinesFiles() const { return !fileRoot_.empty(); }
     /// Throws `URLImpl::Exception` when a resource must not have that many bytes; a negative number: not known.
     void checkSize(long long bytes) const;
+    /// Throws what `checkSize` does.
+    [[noreturn]] static void refuseSize();
 
     /// Any thread; what is open already stays open. Null: everything is allowed.
     static void setCurrent(std::shared_ptr<const URLPolicy> policy);

@@ -2,6 +2,7 @@
 #include <Varnex/url/URL.h>
 #include <Varnex/url/URLFile.h>
 #include <Varnex/url/URLMemory.h>
+#include <Varnex/url/URLPolicy.h>
 #include <Varnex/url/URLProtocol.h>
 #include <Varnex/url/URLShaderCG.h>
 #include <Varnex/url/URLStream.h>
@@ -154,6 +155,25 @@ TEST_F(HandlerTest, WholeResources) {
     }
     read(8192, -1);
     EXPECT_EQ(script.asked, (std::vector<int>{8192, 8192}));
+}
+
+TEST_F(HandlerTest, AnUnknownLengthIsLimitedByThePolicy) {
+    handler.open = &openScript;
+    auto policy = std::make_shared<URLPolicy>();
+    policy->setMaxSize(5000);
+    URLPolicy::setCurrent(policy);
+    for (const std::size_t size : {5000U, 5001U}) {
+        script.content = std::string(size, 'a');
+        const std::unique_ptr<URLImpl::Stream> stream(make("x:")->open());
+        std::string read(6000, '\0');
+        EXPECT_EQ(stream->get(), 'a');
+        stream->read(read.data(), 6000);
+        EXPECT_EQ(stream->gcount(), 4999);
+        stream->clear();
+        EXPECT_EQ(stream->get(), EOF);
+        EXPECT_EQ(stream->bad(), size > 5000);
+    }
+    URLPolicy::setCurrent(nullptr);
 }
 
 TEST_F(HandlerTest, NullsAndLiesDoNoHarm) {

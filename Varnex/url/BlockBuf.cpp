@@ -1,0 +1,36 @@
+#include <Varnex/url/BlockBuf.h>
+
+#include <algorithm>
+#include <cstring>
+
+namespace Varnex {
+
+BlockBuf::BlockBuf() : buffer_(std::make_unique<char[]>(kBufferSize)) {}
+
+BlockBuf::~BlockBuf() = default;
+
+BlockBuf::int_type BlockBuf::underflow() {
+    if (gptr() < egptr()) return traits_type::to_int_type(*gptr());
+    const std::streamsize n = receive(buffer_.get(), kBufferSize);
+    setg(buffer_.get(), buffer_.get(), buffer_.get() + n);
+    if (n > 0) return traits_type::to_int_type(*gptr());
+    checkEnd();
+    return traits_type::eof();
+}
+
+std::streamsize BlockBuf::xsgetn(char* s, std::streamsize n) {
+    std::streamsize total = std::clamp<std::streamsize>(n, 0, egptr() - gptr());
+    if (total > 0) std::memcpy(s, gptr(), static_cast<std::size_t>(total));
+    gbump(static_cast<int>(total));
+    if (total >= n) return total;
+    setg(nullptr, nullptr, nullptr);  // what it holds is no longer what comes before
+    std::streamsize received = 0;
+    do {
+        received = receive(s + total, n - total);
+        total += received;
+    } while (received > 0 && total < n);
+    if (total == 0) checkEnd();
+    return total;
+}
+
+}  // namespace Varnex

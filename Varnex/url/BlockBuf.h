@@ -1,0 +1,35 @@
+#pragma once
+
+#include <memory>
+#include <streambuf>
+
+namespace Varnex {
+
+// Private to the library.
+
+/// Base of the read-only stream buffers over something that delivers blocks. Single characters come out of a buffer,
+/// larger reads go straight into the caller's memory.
+class BlockBuf : public std::streambuf {
+public:
+    static constexpr int kBufferSize = 4096;
+
+    BlockBuf(const BlockBuf&) = delete;
+    BlockBuf& operator=(const BlockBuf&) = delete;
+    ~BlockBuf() override;
+
+protected:
+    BlockBuf();
+
+    int_type underflow() override;
+    std::streamsize xsgetn(char* s, std::streamsize n) override;
+
+    /// Up to `n` bytes, `n` being more than 0; 0 at the end.
+    [[nodiscard]] virtual std::streamsize receive(char* s, std::streamsize n) = 0;
+    /// Called when a read finds nothing; throws when that is not the end that it should be.
+    virtual void checkEnd() {}
+
+private:
+    std::unique_ptr<char[]> buffer_;
+};
+
+}  // namespace Varnex
