@@ -77,6 +77,10 @@ const MimeTypes instance;
 constinit MimeTypes::Map* MimeTypes::_suffixMap = nullptr;
 
 MimeTypes::MimeTypes() {
+    keep();
+}
+
+void MimeTypes::keep() {
     if (users++ > 0) return;
     _suffixMap = new Map;
     for (const Type& type : kTypes)
@@ -92,8 +96,8 @@ MimeTypes::~MimeTypes() {
 
 const std::string& MimeTypes::identify(const std::string& path) {
     static const std::string& none = *new std::string;
-    static const MimeTypes& keeper = *new MimeTypes;  // so that there is a table before our static objects and after
-    static_cast<void>(keeper);
+    static const bool isKept = (keep(), true);  // so that there is a table before our static objects and after them
+    static_cast<void>(isKept);
     const std::size_t dot = path.find_last_of("./");
     if (dot == std::string::npos || path[dot] == '/') return none;
     std::string extension = path.substr(dot + 1);

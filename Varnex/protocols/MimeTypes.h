@@ -27,6 +27,8 @@ public:
 private:
     using Map = std::map<std::string, std::string, std::less<>>;
 
+    static void keep();
+
     static Map* _suffixMap;
 };
 

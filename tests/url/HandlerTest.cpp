@@ -228,7 +228,7 @@ TEST_F(HandlerTest, RegisteringReplacesAndUnregisteringRestoresNothing) {
     EXPECT_EQ(printed(make("cg:a")), "cg://a");
     QX_URLStreamHandlerFactory_unregisterHandler("cg", &handler);
     EXPECT_FALSE(make("cg:a"));
-    new Protocol("cg", &URLShaderCG::createAbsolute);  // for the tests after this one
+    static const Protocol restored("cg", &URLShaderCG::createAbsolute);  // for the tests after this one
     const Protocol own("own", [](const std::string& scheme, const std::string& rest) -> URLImpl* {
         return new URLFile(scheme, rest, "");
     });
