@@ -91,15 +91,17 @@ MimeTypes::~MimeTypes() {
 }
 
 const std::string& MimeTypes::identify(const std::string& path) {
-    static const std::string& none = *new std::string;
-    static const MimeTypes& keeper = *new MimeTypes;  // so that there is a table before our static objects and after
-    static_cast<void>(keeper);
+    struct Kept {
+        MimeTypes table;  // there is one before our static objects then, and after
+        std::string none;
+    };
+    static const Kept& kept = *new Kept;
     const std::size_t dot = path.find_last_of("./");
-    if (dot == std::string::npos || path[dot] == '/') return none;
+    if (dot == std::string::npos || path[dot] == '/') return kept.none;
     std::string extension = path.substr(dot + 1);
     makeLowerCase(extension);
     const auto entry = _suffixMap->find(extension);
-    return entry == _suffixMap->end() ? none : entry->second;
+    return entry == _suffixMap->end() ? kept.none : entry->second;
 }
 
 }  // namespace Varnex
