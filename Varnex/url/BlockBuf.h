@@ -25,7 +25,7 @@ protected:
 
     /// Up to `n` bytes, `n` being more than 0; 0 at the end.
     [[nodiscard]] virtual std::streamsize receive(char* s, std::streamsize n) = 0;
-    /// Called when a read finds nothing; throws when that is not the end that it should be.
+    /// Called when a read finds less than it asked for; throws when that is not the end that it should be.
     virtual void checkEnd() {}
 
 private:

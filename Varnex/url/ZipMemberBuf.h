@@ -10,8 +10,9 @@ namespace Varnex {
 
 // Private to the library.
 
-/// The bytes of an archive member, checked: past the last one, if they are not as many as announced or not what their
-/// checksum says, a read throws `URLImpl::Exception` "Invalid zip file", which streams show as their badbit.
+/// The bytes of an archive member, checked: if they are not as many as announced or not what their checksum says, a
+/// read that asks for more than is left throws `URLImpl::Exception` "Invalid zip file", which streams show as their
+/// badbit.
 class ZipMemberBuf : public BlockBuf {
 public:
     ZipMemberBuf(std::unique_ptr<std::streambuf> source, std::uint32_t size, std::uint32_t crc);

@@ -12,3 +12,4 @@ endfunction()
 
 shows(README.md send_event receive_event)
 shows(docs/hub.md hub_server hub_client mixed_hub)
+shows(docs/adding-a-scheme.md custom_scheme)

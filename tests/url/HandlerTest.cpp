@@ -168,10 +168,8 @@ TEST_F(HandlerTest, AnUnknownLengthIsLimitedByThePolicy) {
         std::string read(6000, '\0');
         EXPECT_EQ(stream->get(), 'a');
         stream->read(read.data(), 6000);
-        EXPECT_EQ(stream->gcount(), 4999);
-        stream->clear();
-        EXPECT_EQ(stream->get(), EOF);
         EXPECT_EQ(stream->bad(), size > 5000);
+        EXPECT_EQ(stream->gcount(), size > 5000 ? 0 : 4999);
     }
     URLPolicy::setCurrent(nullptr);
 }
