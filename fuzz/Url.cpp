@@ -4,7 +4,6 @@
 #include <Varnex/url/URL.h>
 #include <fuzz/Pieces.h>
 
-#include <cctype>
 #include <tuple>
 
 using namespace Varnex;
@@ -65,8 +64,7 @@ std::size_t decodeSlowly(std::string& text, const std::string& keep, std::size_t
     for (std::size_t i = text.find('%'); i != std::string::npos; i = text.find('%', i + 1)) {
         if (text.size() - i < 3 || i >= end) return i;
         const std::string digits = text.substr(i + 1, 2);
-        if (!std::isxdigit(static_cast<unsigned char>(digits[0]))) continue;
-        if (!std::isxdigit(static_cast<unsigned char>(digits[1]))) continue;
+        if (digits.find_first_not_of("0123456789ABCDEFabcdef") != std::string::npos) continue;
         const char byte = static_cast<char>(std::stoi(digits, nullptr, 16));
         if (byte != '\0' && keep.find(byte) == std::string::npos) text.replace(i, 3, 1, byte);
     }
