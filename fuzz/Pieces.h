@@ -64,12 +64,12 @@ inline void write(std::streambuf& buffer, std::string_view text, Sizes sizes) {
     check(buffer.pubsync() == 0);
 }
 
-/// Reads to the end in pieces; the buffer must not be used any more.
-inline std::string read(std::streambuf& buffer, Sizes sizes) {
+/// Reads in pieces, to the end or until there are `enough`; the buffer must not be used any more.
+inline std::string read(std::streambuf& buffer, Sizes sizes, std::size_t enough = std::string::npos) {
     const auto work = std::make_unique<char[]>(sizes[0]);
     if (sizes[0] != 255) buffer.pubsetbuf(work.get(), sizes[0]);
     std::string text;
-    for (std::size_t i = 0; buffer.sgetc() != std::streambuf::traits_type::eof(); ++i) {
+    for (std::size_t i = 0; text.size() < enough && buffer.sgetc() != std::streambuf::traits_type::eof(); ++i) {
         std::vector<char> piece(pieceSize(sizes, i));
         if (piece.empty())
             text += static_cast<char>(buffer.sbumpc());

@@ -8,7 +8,7 @@
 namespace Varnex {
 
 LimitedBuf::LimitedBuf(std::unique_ptr<std::streambuf> source, long long limit)
-    : source_(std::move(source)), limit_(limit), left_(limit) {}
+    : source_(std::move(source)), left_(limit) {}
 
 LimitedBuf::~LimitedBuf() = default;
 

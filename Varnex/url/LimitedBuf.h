@@ -19,7 +19,6 @@ protected:
 
 private:
     std::unique_ptr<std::streambuf> source_;
-    long long limit_;
     long long left_;
 };
 

@@ -15,8 +15,7 @@ public:
 
     void run() {
         while (step()) continue;
-        const std::size_t n = path_.copy(path_.data() + written_, std::string::npos, read_);
-        path_.resize(written_ + n);
+        path_.erase(written_, read_ - written_);
     }
 
 private:

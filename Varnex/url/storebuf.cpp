@@ -98,6 +98,7 @@ storebuf::pos_type storebuf::seekoff(off_type offset, std::ios_base::seekdir fro
     if ((which & std::ios_base::in) == 0 || (isBack ? target > start : target < start) || target > length_)
         return kNowhere;
     if (from == std::ios_base::cur && offset == 0) return pos_type(static_cast<off_type>(target));
+    if (offset_ + target < offset_) return kNowhere;  // the length was "to the end"
     if (!seek(sourceBuffer(), static_cast<std::streamoff>(offset_ + target), std::ios_base::beg)) return kNowhere;
     clearGetArea();
     consumed_ = target;

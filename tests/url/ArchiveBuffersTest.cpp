@@ -136,6 +136,8 @@ TEST(StorebufTest, SeeksInTheStretch) {
         EXPECT_EQ(buffer.pubseekoff(offset, from), std::streampos(-1)) << offset;
     EXPECT_EQ(buffer.pubseekpos(0, std::ios_base::out), std::streampos(-1));
     EXPECT_EQ(stream.seekg(0).get(), 'b');
+    storebuf endless(text("abcdefgh"), 5, ULONG_MAX);
+    EXPECT_EQ(endless.pubseekoff(-3, std::ios_base::end), std::streampos(-1));  // not before the stretch
 }
 
 TEST(InflatebufTest, EveryStreamComesOutWhole) {
