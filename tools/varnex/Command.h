@@ -45,6 +45,7 @@ void setHelpHead(CLI::App& app, const std::string& usage, const std::string& des
 
 // Each in a source file of its own. They add themselves to the command line.
 std::unique_ptr<Command> makeDoctorCommand(CLI::App& parent);
+std::unique_ptr<Command> makeGetCommand(CLI::App& parent);
 std::unique_ptr<Command> makeHubCommand(CLI::App& parent);
 std::unique_ptr<Command> makeListenCommand(CLI::App& parent);
 std::unique_ptr<Command> makeSendCommand(CLI::App& parent);
@@ -52,6 +53,7 @@ std::unique_ptr<Command> makeSerialCommand(CLI::App& parent);
 std::unique_ptr<Command> makeServersCommand(CLI::App& parent);
 std::unique_ptr<Command> makeSimulateCommand(CLI::App& parent);
 std::unique_ptr<Command> makeTypesCommand(CLI::App& parent);
+std::unique_ptr<Command> makeUrlCommand(CLI::App& parent);
 std::unique_ptr<Command> makeWatchCommand(CLI::App& parent);
 
 }  // namespace VarnexTool

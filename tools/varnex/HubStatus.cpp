@@ -1,24 +1,15 @@
 #include "HubStatus.h"
 
+#include "BytesText.h"
+
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 
 namespace VarnexTool {
 
 namespace {
-
-std::string bytesText(unsigned long long bytes) {
-    const char* const units[] = {"B", "KiB", "MiB", "GiB"};
-    double amount = static_cast<double>(bytes);
-    std::size_t unit = 0;
-    for (; amount >= 1024 && unit + 1 < std::size(units); ++unit) amount /= 1024;
-    char text[40];
-    std::snprintf(text, sizeof text, "%.*f %s", unit == 0 ? 0 : 1, amount, units[unit]);
-    return text;
-}
 
 std::string rateText(double rate) {
     return std::to_string(std::llround(rate)) + "/s";
@@ -32,12 +23,12 @@ bool isLessBehind(const HubStatus::Client& a, const HubStatus::Client& b) {
 
 std::string HubStatus::text() const {
     std::string line = "clients " + std::to_string(clients.size()) + ", in " + rateText(inRate) + ", out " +
-                       rateText(outRate) + ", waiting " + bytesText(waitingBytes) + ", dropped " +
+                       rateText(outRate) + ", waiting " + bytesText(static_cast<double>(waitingBytes)) + ", dropped " +
                        std::to_string(dropped) + ", lost connections " + std::to_string(lost);
     const auto slowest = std::max_element(clients.begin(), clients.end(), isLessBehind);
     if (slowest == clients.end() || slowest->dropped.messages + slowest->waiting.messages == 0) return line;
-    return line + "; slowest " + slowest->peer + ": waiting " + bytesText(slowest->waiting.bytes) + ", dropped " +
-           std::to_string(slowest->dropped.messages);
+    return line + "; slowest " + slowest->peer + ": waiting " + bytesText(static_cast<double>(slowest->waiting.bytes)) +
+           ", dropped " + std::to_string(slowest->dropped.messages);
 }
 
 std::string HubStatus::json() const {

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "TerminalLine.h"
+
 #include <Zendro/Mutex.h>
 
-#include <atomic>
 #include <string>
 
 namespace VarnexTool {
@@ -21,11 +22,9 @@ public:
     void note(const std::string& line);
 
 private:
-    void clear() VARNEX_REQUIRES(mutex_);
-
     const bool isTerminal_;
     Zendro::Mutex mutex_;
-    std::string shown_ VARNEX_GUARDED_BY(mutex_);  // what stands on the terminal's last line
+    TerminalLine line_ VARNEX_GUARDED_BY(mutex_);
 };
 
 }  // namespace VarnexTool

@@ -2,6 +2,7 @@
 #include "Failure.h"
 #include "LibraryMessages.h"
 #include "Quote.h"
+#include "UrlArgument.h"
 
 #include <Varnex/transport/Exception.h>
 
@@ -85,6 +86,8 @@ int runChosen(CLI::App& app, int argc, char** argv) {
     commands.push_back(makeSerialCommand(app));
     commands.push_back(makeDoctorCommand(app));
     commands.push_back(makeTypesCommand(app));
+    commands.push_back(makeGetCommand(app));
+    commands.push_back(makeUrlCommand(app));
     app.parse(argc, argv);
     for (const auto& command : commands)
         if (command->isChosen()) command->run();
@@ -94,7 +97,7 @@ int runChosen(CLI::App& app, int argc, char** argv) {
 int guardedMain(int argc, char** argv) {
     CLI::App app(
         "Sends, relays and shows typed events: over TCP, through hubs that are found by multicast, and over serial "
-        "lines.",
+        "lines. Also opens URLs.",
         "varnex");
     app.set_version_flag("--version", "varnex " VARNEX_VERSION, "Print the version and exit");
     app.require_subcommand(1);
@@ -123,6 +126,8 @@ int main(int argc, char** argv) {
         return guardedMain(argc, argv);
     } catch (const Varnex::Exception& error) {
         return complain(error.what(), Failed);
+    } catch (const Varnex::URLImpl::Exception& error) {
+        return complain(wordsOf(error, "cannot read the URL"), Failed);
     } catch (const std::exception& error) {
         return complain(error.what(), Failed);
     }

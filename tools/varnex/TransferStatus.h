@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+
+namespace VarnexTool {
+
+/// How far a transfer is, for the progress bar. A value.
+struct TransferStatus {
+    unsigned long long bytes = 0;
+    long long length = -1;  ///< bytes of the whole; -1: not known
+    double seconds = 0;     ///< since the start
+
+    /// A line without its end, ASCII: percentage, bytes, rate and the time left, as far as they are known.
+    [[nodiscard]] std::string text() const;
+};
+
+}  // namespace VarnexTool
