@@ -1,5 +1,7 @@
 #include <Varnex/url/BlockBuf.h>
 
+#include <Varnex/url/URLImpl.h>
+
 #include <algorithm>
 #include <cstring>
 
@@ -29,8 +31,20 @@ std::streamsize BlockBuf::xsgetn(char* s, std::streamsize n) {
         received = receive(s + total, n - total);
         total += received;
     } while (received > 0 && total < n);
-    if (total < n) checkEnd();  // after a short block nobody asks again
+    if (total == 0)
+        checkEnd();
+    else if (total < n)
+        tellStreamOfDamage();
     return total;
+}
+
+void BlockBuf::tellStreamOfDamage() {
+    if (stream_ == nullptr) return;
+    try {
+        checkEnd();
+    } catch (const URLImpl::Exception&) {
+        stream_->setstate(std::ios_base::badbit);
+    }
 }
 
 }  // namespace Varnex

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <ios>
 #include <memory>
 #include <streambuf>
 
@@ -17,6 +18,10 @@ public:
     BlockBuf& operator=(const BlockBuf&) = delete;
     ~BlockBuf() override;
 
+    /// The stream that reads this, which lives as long: it gets its badbit when a block ends with damage. After a short
+    /// block a stream does not ask again, and one that throws loses the block.
+    void setStream(std::ios& stream) { stream_ = &stream; }
+
 protected:
     BlockBuf();
 
@@ -25,10 +30,14 @@ protected:
 
     /// Up to `n` bytes, `n` being more than 0; 0 at the end.
     [[nodiscard]] virtual std::streamsize receive(char* s, std::streamsize n) = 0;
-    /// Called when a read finds less than it asked for; throws when that is not the end that it should be.
+    /// Called when a read finds less than it asked for; throws `URLImpl::Exception` when that is not the end that it
+    /// should be.
     virtual void checkEnd() {}
 
 private:
+    void tellStreamOfDamage();
+
+    std::ios* stream_ = nullptr;
     std::unique_ptr<char[]> buffer_;
 };
 

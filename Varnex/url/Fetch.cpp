@@ -55,6 +55,12 @@ std::size_t readFrom(std::istream& stream, char* s, std::size_t n) try {
     throw URLImpl::Exception(error.what());
 }
 
+/// Throws for a resource that ended before its announced length, with the reason if the source knows one.
+[[noreturn]] void refuseShort(std::istream& stream) {
+    stream.rdbuf()->sgetc();
+    throw URLImpl::Exception("");
+}
+
 /// Reads to the end, at most `limit` bytes, into a block that doubles; how many.
 std::size_t readAll(std::istream& stream, Block& block, std::size_t limit) {
     std::size_t size = 0;
@@ -72,7 +78,7 @@ URLImpl::Memory readToMemory(URLImpl::Stream& stream) {
     if (length == 0) return {stream.getMimeType(), 0, nullptr, false};
     if (length > 0) {
         Block block(static_cast<std::size_t>(length));
-        if (readFrom(stream, block.data(), block.size()) < block.size()) throw URLImpl::Exception("");
+        if (readFrom(stream, block.data(), block.size()) < block.size()) refuseShort(stream);
         return {stream.getMimeType(), length, block.release(), true};
     }
     const auto policy = URLPolicy::getCurrent();
@@ -93,7 +99,7 @@ URLImpl::File readToDisk(URLImpl::Stream& stream) {
         file.write({block.get(), n});
         policy->checkSize(size += static_cast<long long>(n));
     }
-    if (size < stream.getContentLength()) throw URLImpl::Exception("");
+    if (size < stream.getContentLength()) refuseShort(stream);
     file.close();
     return {stream.getMimeType(), size, file.release(), true};
 }

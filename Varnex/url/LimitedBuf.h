@@ -6,8 +6,7 @@ namespace Varnex {
 
 // Private to the library.
 
-/// Another stream buffer up to a number of bytes: a read past them throws `URLImpl::Exception`, which streams show as
-/// their badbit, unless the other ends there too.
+/// Another stream buffer up to a number of bytes; where that goes on, the end is an `URLImpl::Exception`.
 class LimitedBuf : public BlockBuf {
 public:
     LimitedBuf(std::unique_ptr<std::streambuf> source, long long limit);

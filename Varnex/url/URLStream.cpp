@@ -1,5 +1,6 @@
 #include <Varnex/url/URLStream.h>
 
+#include <Varnex/url/BlockBuf.h>
 #include <Varnex/url/FitInt.h>
 
 #include <utility>
@@ -14,6 +15,7 @@ URLImpl::Object::~Object() = default;
 URLImpl::Stream::Stream(std::unique_ptr<std::streambuf> buffer, std::string mimeType, long long contentLength)
     : std::istream(nullptr), Object(std::move(buffer), std::move(mimeType), contentLength) {
     rdbuf(Object::buffer());
+    if (auto* const blocks = dynamic_cast<BlockBuf*>(Object::buffer()); blocks != nullptr) blocks->setStream(*this);
 }
 
 URLImpl::Stream::~Stream() = default;

@@ -11,8 +11,8 @@ namespace Varnex {
 /// "zip:URL!/member" and "jar:URL!/member": members of an archive that any other URL names, one in an archive too.
 ///
 /// Stored and deflated members; no encryption, no ZIP64. Relative texts resolve inside the archive. What is read is
-/// checked against the archive's checksum: at the end of a damaged member a stream has its badbit, and loses the block
-/// that reached it; `read2mem` and `read2disk` throw "Invalid zip file".
+/// checked against the archive's checksum: a read that meets the end of a damaged member gives what was decoded and
+/// sets the stream's badbit; `read2mem` and `read2disk` throw "Invalid zip file".
 ///
 /// The directories of the archives used last stay in memory; with each goes a copy of the archive, as a temporary file,
 /// where it cannot be read in any order, as from a server. A local archive that was replaced is noticed, such a copy

@@ -10,9 +10,8 @@ namespace Varnex {
 
 // Private to the library.
 
-/// The bytes of an archive member, checked: if they are not as many as announced or not what their checksum says, a
-/// read that asks for more than is left throws `URLImpl::Exception` "Invalid zip file", which streams show as their
-/// badbit.
+/// The bytes of an archive member, checked: when they are not as many as announced, or not what their checksum says,
+/// the end is an `URLImpl::Exception` "Invalid zip file".
 class ZipMemberBuf : public BlockBuf {
 public:
     ZipMemberBuf(std::unique_ptr<std::streambuf> source, std::uint32_t size, std::uint32_t crc);

@@ -169,7 +169,7 @@ TEST_F(HandlerTest, AnUnknownLengthIsLimitedByThePolicy) {
         EXPECT_EQ(stream->get(), 'a');
         stream->read(read.data(), 6000);
         EXPECT_EQ(stream->bad(), size > 5000);
-        EXPECT_EQ(stream->gcount(), size > 5000 ? 0 : 4999);
+        EXPECT_EQ(stream->gcount(), 4999);
     }
     URLPolicy::setCurrent(nullptr);
 }

@@ -5,10 +5,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <vector>
 
 #include <stdlib.h>
 
@@ -31,13 +33,12 @@ public:
         std::ifstream file(path, std::ios_base::binary);
         return {std::istreambuf_iterator<char>(file), {}};
     }
-    /// How many of the library's there are.
+    /// How many temporary files of this process there are.
     static long temporaryFiles() {
-        long n = 0;
-        for (const auto& entry : std::filesystem::directory_iterator("/tmp"))
-            n += entry.path().filename().string().starts_with("varnex");
-        return n;
+        return std::count_if(made.begin(), made.end(), [](const auto& name) { return std::filesystem::exists(name); });
     }
+    /// All that mkostemp(3) has made.
+    static inline std::vector<std::string> made;
 
 private:
     std::string folder_ = "/tmp/testfolderXXXXXX";
