@@ -43,6 +43,7 @@ void BlockBuf::tellStreamOfDamage() {
     try {
         checkEnd();
     } catch (const URLImpl::Exception&) {
+        if ((stream_->exceptions() & std::ios_base::badbit) != 0) throw;  // its reader wants the words
         stream_->setstate(std::ios_base::badbit);
     }
 }

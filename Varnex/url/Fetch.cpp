@@ -10,11 +10,14 @@
 #include <Varnex/url/URLStream.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <exception>
 #include <limits>
 #include <memory>
 #include <utility>
+
+#include <sys/mman.h>
 
 namespace Varnex {
 
@@ -25,6 +28,14 @@ constexpr std::size_t kFirstBlock = 8192;
 constexpr std::size_t kCopyBlock = 65536;
 /// Bytes that a memory record can have.
 constexpr long long kMaxMemory = std::numeric_limits<int>::max() - 1;
+
+/// Has large blocks filled by pages of 2 MiB where the system has them: each page that is touched first costs a fault.
+void useLargePages(char* data, std::size_t size) {
+    constexpr std::size_t kLarge = 4U << 20, kPage = 4096;
+    if (size < kLarge) return;
+    const std::size_t skipped = kPage - reinterpret_cast<std::uintptr_t>(data) % kPage;
+    static_cast<void>(::madvise(data + skipped, size - skipped, MADV_HUGEPAGE));
+}
 
 class Block {
 public:
@@ -38,6 +49,7 @@ public:
         if (data == nullptr) throw URLImpl::Exception("");
         data_ = static_cast<char*>(data);
         size_ = size;
+        useLargePages(data_, size_);
     }
     [[nodiscard]] char* data() const { return data_; }
     [[nodiscard]] std::size_t size() const { return size_; }
