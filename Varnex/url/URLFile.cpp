@@ -58,16 +58,13 @@ URLImpl* URLFile::createAbsolute(const std::string&, const std::string& text) {
 }
 
 URLFile* URLFile::createRelative(const std::string& text) const {
-    std::string rest = text, authority, path, newFragment;
-    const bool hasAuthority = parseAuthority(rest, authority);
-    const bool hasPath = parsePath(rest, path);
-    refuseQuery(rest);
-    parseFragment(rest, newFragment);
-    if (hasPath)
-        mergePath(path, path_);
+    Reference parts = parseReference(text);
+    if (parts.hasPath)
+        mergePath(parts.path, path_);
     else
-        path = hasAuthority ? "/" : path_;
-    return new URLFile(hasAuthority ? hostOf(authority) : host_, std::move(path), std::move(newFragment));
+        parts.path = parts.hasAuthority ? "/" : path_;
+    return new URLFile(parts.hasAuthority ? hostOf(parts.authority) : host_, std::move(parts.path),
+                       std::move(parts.fragment));
 }
 
 std::string URLFile::getScheme() const {

@@ -75,16 +75,13 @@ URLImpl* URLZip::createAbsolute(const std::string& scheme, const std::string& te
 }
 
 URLZip* URLZip::createRelative(const std::string& text) const {
-    std::string rest = text, authority, path, newFragment;
-    if (parseAuthority(rest, authority)) refuseWithoutArchive();
-    const bool hasPath = parsePath(rest, path);
-    refuseQuery(rest);
-    parseFragment(rest, newFragment);
-    if (hasPath)
-        mergePath(path, path_);
+    Reference parts = parseReference(text);
+    if (parts.hasAuthority) refuseWithoutArchive();
+    if (parts.hasPath)
+        mergePath(parts.path, path_);
     else
-        path = path_;
-    return new URLZip(scheme_, archive_, std::move(path), std::move(newFragment));
+        parts.path = path_;
+    return new URLZip(scheme_, archive_, std::move(parts.path), std::move(parts.fragment));
 }
 
 std::string URLZip::getScheme() const {

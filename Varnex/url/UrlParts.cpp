@@ -42,6 +42,16 @@ std::string withHash(const std::string& fragment) {
     return fragment.empty() ? "" : "#" + fragment;
 }
 
+Reference parseReference(const std::string& text) {
+    Reference parts;
+    std::string rest = text;
+    parts.hasAuthority = URLImpl::parseAuthority(rest, parts.authority);
+    parts.hasPath = URLImpl::parsePath(rest, parts.path);
+    refuseQuery(rest);
+    URLImpl::parseFragment(rest, parts.fragment);
+    return parts;
+}
+
 void refuseQuery(std::string& rest) {
     std::string query;
     if (URLImpl::parseQuery(rest, query)) throw URLImpl::Exception("Parse error - query not allowed");

@@ -26,6 +26,15 @@ void mergePath(std::string& path, const std::string& basePath);
 /// "#" and the fragment, or nothing.
 [[nodiscard]] std::string withHash(const std::string& fragment);
 
+/// A text without a scheme, taken apart.
+struct Reference {
+    bool hasAuthority, hasPath;
+    std::string authority, path, fragment;
+};
+
+/// Throws "Parse error - query not allowed".
+[[nodiscard]] Reference parseReference(const std::string& text);
+
 /// Takes a query off `rest` and throws "Parse error - query not allowed" when there is one.
 void refuseQuery(std::string& rest);
 
