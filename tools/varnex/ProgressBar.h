@@ -13,6 +13,8 @@ class ProgressBar {
 public:
     /// Between two updates.
     static constexpr std::chrono::milliseconds kInterval{100};
+    /// What the rate goes back to, about.
+    static constexpr std::chrono::seconds kMemory{3};
 
     /// `length`: bytes of the whole; -1: not known.
     explicit ProgressBar(long long length);
@@ -26,10 +28,13 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
+    void updateRate(Clock::time_point now);
+
     TerminalLine line_;
     TransferStatus status_;
     Clock::time_point start_ = Clock::now();
-    Clock::time_point next_ = start_ + kInterval;
+    Clock::time_point last_ = start_;  // when the line was shown
+    unsigned long long lastBytes_ = 0;
 };
 
 }  // namespace VarnexTool

@@ -35,7 +35,6 @@ std::string clockText(double time) {
 
 std::string TransferStatus::text() const {
     const auto done = static_cast<double>(bytes), whole = static_cast<double>(length);
-    const double rate = seconds > 0 ? done / seconds : 0;
     const std::string rateText = bytesText(rate) + "/s";
     if (length < 0) return bytesText(done) + ", " + rateText;
     const double part = done < whole ? done / whole : 1;

@@ -8,7 +8,7 @@ namespace VarnexTool {
 struct TransferStatus {
     unsigned long long bytes = 0;
     long long length = -1;  ///< bytes of the whole; -1: not known
-    double seconds = 0;     ///< since the start
+    double rate = 0;        ///< bytes a second
 
     /// A line without its end, ASCII: percentage, bytes, rate and the time left, as far as they are known.
     [[nodiscard]] std::string text() const;
