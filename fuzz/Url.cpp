@@ -32,7 +32,9 @@ bool areEqual(const Parts& a, const Parts& b) {
 void checkParts(const std::string& text) {
     Parts parts, whole, inPlace;
     std::string rest = text, authority;
-    const auto note = [&](bool isThere, Parts::Flag flag) { parts.flags |= isThere ? flag : 0; };
+    const auto note = [&](bool isThere, Parts::Flag flag) {
+        if (isThere) parts.flags |= flag;
+    };
     note(URLImpl::parseScheme(rest, parts.scheme), Parts::Scheme);
     note(URLImpl::parseAuthority(rest, authority), Parts::Authority);
     URLImpl::parseUserPassword(authority, parts.user, parts.password);

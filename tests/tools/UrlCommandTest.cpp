@@ -3,7 +3,7 @@
 #include <Varnex/url/QX_URLStreamHandler.h>
 #include <tests/support/LoopbackPair.h>
 #include <tests/support/SerialPair.h>
-#include <tests/url/TestFolder.h>
+#include <tests/support/TestFolder.h>
 #include <tools/varnex/Failure.h>
 #include <tools/varnex/TransferStatus.h>
 #include <tools/varnex/UrlSource.h>

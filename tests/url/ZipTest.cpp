@@ -6,7 +6,7 @@
 #include <Varnex/url/URLZip.h>
 #include <tests/support/ThrowsText.h>
 #include <tests/url/Deflate.h>
-#include <tests/url/TestFolder.h>
+#include <tests/support/TestFolder.h>
 
 #include <gtest/gtest.h>
 
