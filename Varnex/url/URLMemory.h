@@ -22,7 +22,7 @@ public:
     [[nodiscard]] const std::string& getMimeType() const { return mimeType_; }
     /// Bytes.
     [[nodiscard]] std::int32_t getSize() const { return size_; }
-    /// Null when there are none.
+    /// May be null when there are none.
     [[nodiscard]] const char* getData() const { return data_; }
     [[nodiscard]] bool ownsData() const { return ownsData_; }
 

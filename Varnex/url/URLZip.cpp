@@ -44,6 +44,14 @@ private:
     throw URLImpl::Exception("Parse error - missing URL of Zip file");
 }
 
+/// A "!/" in the name of a member would end the archive's URL when the whole is parsed again.
+void protectMark(std::string& path) {
+    if (path.find("!/") == std::string::npos) return;
+    std::string result;
+    for (std::size_t i = 0; i < path.size(); ++i) result += path.compare(i, 2, "!/") == 0 ? "%21" : path.substr(i, 1);
+    path = std::move(result);
+}
+
 URL parseArchive(const std::string& text) {
     const Nesting nesting;
     if (UrlGrammar::trimmed(text).empty()) refuseWithoutArchive();
@@ -71,6 +79,7 @@ URLImpl* URLZip::createAbsolute(const std::string& scheme, const std::string& te
     refuseQuery(rest);
     parseFragment(rest, newFragment);
     normalisePath(path);
+    protectMark(path);
     return new URLZip(scheme, std::move(archive), std::move(path), std::move(newFragment));
 }
 
@@ -81,6 +90,7 @@ URLZip* URLZip::createRelative(const std::string& text) const {
         mergePath(parts.path, path_);
     else
         parts.path = path_;
+    protectMark(parts.path);
     return new URLZip(scheme_, archive_, std::move(parts.path), std::move(parts.fragment));
 }
 
