@@ -50,8 +50,10 @@ std::string NetworkURL::getAuthority() const {
 
 std::string NetworkURL::toRelativeString(const URLImpl& base) const {
     const std::string whole = toString();
+    const auto* const network = dynamic_cast<const NetworkURL*>(&base);
+    if (network == nullptr) return whole;
     std::string way = path;
-    makePathRelative(way, base.getPath());
+    makePathRelative(way, network->path);
     for (const std::string& start : {way, path, "//" + getAuthority() + path})
         if (const std::string text = start + getSuffix(); resolvesTo(text, base, whole)) return text;
     return whole;

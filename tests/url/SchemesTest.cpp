@@ -136,6 +136,7 @@ TEST(SchemesTest, RelativeForms) {
         {"http://h/c:d", "http://h/x", "/c:d"},  // not taken for a scheme
         {"http://h/a/", "http://h/a/x", "/a/"},
         {"http://h/a//b", "http://h/a/x", "http://h/a//b"},
+        {"http://h/a%20b/d", "http://h/a%20b/c", "d"},
         {"http://h/a", "https://h/a", "http://h/a"},
         {"http://h/a", "http://k/a", "//h/a"},
         {"ftp://h/a/b;type=i#f", "ftp://h/a/c", "b;type=i#f"},
