@@ -76,9 +76,10 @@ std::size_t readFrom(std::istream& stream, char* s, std::size_t n) try {
 /// Reads to the end, at most `limit` bytes, into a block that doubles; how many.
 std::size_t readAll(std::istream& stream, Block& block, std::size_t limit) {
     std::size_t size = 0;
-    while ((size += readFrom(stream, block.data() + size, block.size() - size)) == block.size()) {
+    while (const std::size_t n = readFrom(stream, block.data() + size, block.size() - size)) {
+        size += n;
         if (size > limit) break;
-        block.grow(std::min(2 * block.size(), limit + 1));
+        if (size == block.size()) block.grow(std::min(2 * block.size(), limit + 1));
     }
     return size;
 }

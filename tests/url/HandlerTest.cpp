@@ -171,6 +171,8 @@ TEST_F(HandlerTest, AnUnknownLengthIsLimitedByThePolicy) {
         EXPECT_EQ(stream->bad(), size > 5000);
         EXPECT_EQ(stream->gcount(), 4999);
     }
+    script.content = std::string(5001, 'a');
+    EXPECT_THROWS_TEXT(make("x:")->read2mem(), URLImpl::Exception, "Open error - larger than the URL policy allows");
     URLPolicy::setCurrent(nullptr);
 }
 
