@@ -76,10 +76,9 @@ std::size_t readFrom(std::istream& stream, char* s, std::size_t n) try {
 /// Reads to the end, at most `limit` bytes, into a block that doubles; how many.
 std::size_t readAll(std::istream& stream, Block& block, std::size_t limit) {
     std::size_t size = 0;
-    while (const std::size_t n = readFrom(stream, block.data() + size, block.size() - size)) {
-        size += n;
+    while ((size += readFrom(stream, block.data() + size, block.size() - size)) == block.size()) {
         if (size > limit) break;
-        if (size == block.size()) block.grow(std::min(2 * block.size(), limit + 1));
+        block.grow(std::min(2 * block.size(), limit + 1));
     }
     return size;
 }
@@ -99,6 +98,7 @@ URLImpl::Memory readToMemory(URLImpl::Stream& stream) {
     Block block(kFirstBlock);
     const auto size = static_cast<long long>(readAll(stream, block, static_cast<std::size_t>(limit)));
     policy->checkSize(size);
+    if (stream.bad()) refuseShort(stream);
     if (size > limit) throw URLImpl::Exception("");
     return {stream.getMimeType(), static_cast<int>(size), block.release(), true};
 }
