@@ -7,7 +7,10 @@
 namespace Varnex {
 
 ZipCache& ZipCache::instance() {
-    static ZipCache cache;
+    static ZipCache& cache = *new ZipCache;  // also for static objects that open URLs at the end of the process
+    static const struct AtExit {
+        ~AtExit() { cache.setCapacity(0); }
+    } atExit;
     return cache;
 }
 

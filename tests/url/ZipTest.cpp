@@ -4,12 +4,14 @@
 #include <Varnex/url/URLPolicy.h>
 #include <Varnex/url/URLStream.h>
 #include <Varnex/url/URLZip.h>
+#include <tests/support/TestFolder.h>
 #include <tests/support/ThrowsText.h>
 #include <tests/url/Deflate.h>
-#include <tests/support/TestFolder.h>
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <iostream>
 #include <memory>
 #include <sstream>
 #include <thread>
@@ -72,6 +74,15 @@ protected:
         write(archive);
         return content(member(name));
     }
+
+    /// Opens a URL when the process ends, after the objects that functions of the library keep.
+    struct Last {
+        ~Last() {
+            if (url) std::cerr << "at the end: " << content(url);
+        }
+        URL url;
+    };
+    static inline Last last;
 
     TestFolder folder;
     const std::string long_ = someText(50000);
@@ -235,6 +246,11 @@ TEST_F(ZipTest, OneCopyOfARemoteArchiveServesAllMembers) {
     Remote::archive.resize(100);
     EXPECT_EQ(content(remoteMember("a")), "! Cannot find end of central directory");
     EXPECT_EQ(TestFolder::temporaryFiles(), before);
+}
+
+TEST_F(ZipTest, OpensUntilTheProcessEnds) {
+    write(zip({{"a", "A"}}));
+    EXPECT_EXIT((last.url = member("a"), content(last.url), std::exit(0)), testing::ExitedWithCode(0), "at the end: A");
 }
 
 TEST_F(ZipTest, LimitsCanBeSet) {
