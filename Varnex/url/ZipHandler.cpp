@@ -36,7 +36,7 @@ std::unique_ptr<std::streambuf> memberData(std::unique_ptr<std::istream> archive
 
 }  // namespace
 
-ZipHandler::ZipHandler(URLImpl::Stream& archive) {
+ZipHandler::ZipHandler(URLImpl::Stream& archive, std::shared_ptr<const URLPolicy> policy) : policy_(std::move(policy)) {
     if (canMove(archive)) {
         directory_.emplace(archive, URLZip::getMaxDirectorySize());
     } else {
@@ -49,10 +49,11 @@ ZipHandler::Member ZipHandler::open(const URLImpl& archive, const std::string& n
     const std::string url = archive.toString();
     if (const auto known = ZipCache::instance().find(url); known != nullptr) {
         auto stream = known->openArchive(archive);
-        if (known->isCurrent(*stream, name)) return known->openMember(std::move(stream), name);
+        if (stream != nullptr && known->isCurrent(*stream, name)) return known->openMember(std::move(stream), name);
     }
+    auto policy = URLPolicy::getCurrent();
     std::unique_ptr<URLImpl::Stream> stream(archive.open());
-    const auto handler = std::make_shared<const ZipHandler>(*stream);
+    const auto handler = std::make_shared<const ZipHandler>(*stream, std::move(policy));
     ZipCache::instance().put(url, handler);
     if (handler->copy_) return handler->openMember(openCopy(handler->copy_->getName()), name);
     return handler->openMember(std::move(stream), name);
@@ -60,8 +61,10 @@ ZipHandler::Member ZipHandler::open(const URLImpl& archive, const std::string& n
 
 std::unique_ptr<std::istream> ZipHandler::openArchive(const URLImpl& archive) const {
     if (!copy_) return std::unique_ptr<std::istream>(archive.open());
-    URLPolicy::getCurrent()->check(archive);
-    return openCopy(copy_->getName());
+    if (URLPolicy::getCurrent() != policy_) return nullptr;
+    policy_->check(archive);
+    auto stream = std::make_unique<std::ifstream>(copy_->getName(), std::ios_base::binary);
+    return stream->is_open() ? std::move(stream) : nullptr;
 }
 
 bool ZipHandler::isCurrent(std::istream& archive, const std::string& name) const {

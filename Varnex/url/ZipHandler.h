@@ -12,6 +12,8 @@
 
 namespace Varnex {
 
+class URLPolicy;
+
 // Private to the library.
 
 /// An archive with its directory; one that cannot be read in any order has a copy on the disk. Any thread.
@@ -27,14 +29,16 @@ public:
     /// zip file", "Zip does not contain file", or "Unsupported compression method", also for encrypted members.
     [[nodiscard]] static Member open(const URLImpl& archive, const std::string& name);
 
-    /// Reads the directory.
-    explicit ZipHandler(URLImpl::Stream& archive);
+    /// Reads the directory of an archive that was opened under `policy`.
+    ZipHandler(URLImpl::Stream& archive, std::shared_ptr<const URLPolicy> policy);
 
 private:
+    /// Null: the copy is gone, or was made under another policy, which looked at what this one may refuse.
     [[nodiscard]] std::unique_ptr<std::istream> openArchive(const URLImpl& archive) const;
     [[nodiscard]] bool isCurrent(std::istream& archive, const std::string& name) const;
     [[nodiscard]] Member openMember(std::unique_ptr<std::istream> archive, const std::string& name) const;
 
+    std::shared_ptr<const URLPolicy> policy_;
     std::optional<URLImpl::File> copy_;
     std::optional<ZipDirectory> directory_;  // never empty
 };
