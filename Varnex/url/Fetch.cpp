@@ -17,6 +17,7 @@
 #include <memory>
 #include <utility>
 
+#include <cxxabi.h>
 #include <sys/mman.h>
 
 namespace Varnex {
@@ -60,16 +61,23 @@ private:
     std::size_t size_ = 0;
 };
 
-/// Up to `n` bytes, less only at the end. What the standard library throws there becomes our own exception.
+/// Up to `n` bytes, less only at the end. What else is thrown there becomes our own exception.
 std::size_t readFrom(std::istream& stream, char* s, std::size_t n) try {
     return static_cast<std::size_t>(stream.rdbuf()->sgetn(s, static_cast<std::streamsize>(n)));
+} catch (const URLImpl::Exception&) {
+    throw;
 } catch (const std::exception& error) {
     throw URLImpl::Exception(error.what());
+} catch (const abi::__forced_unwind&) {
+    throw;  // the thread is being cancelled
+} catch (...) {
+    throw URLImpl::Exception("");
 }
 
 /// Throws for a resource that ended before its announced length, with the reason if the source knows one.
 [[noreturn]] void refuseShort(std::istream& stream) {
-    stream.rdbuf()->sgetc();
+    char next;
+    static_cast<void>(readFrom(stream, &next, 1));
     throw URLImpl::Exception("");
 }
 
@@ -123,6 +131,7 @@ void URLImpl::checkPolicy() const {
 
 URLImpl::Stream* URLImpl::makeStream(std::unique_ptr<std::streambuf> buffer, std::string mimeType,
                                      long long contentLength) {
+    if (buffer == nullptr) throw Exception("");
     const auto policy = URLPolicy::getCurrent();
     policy->checkSize(contentLength);
     if (contentLength < 0 && policy->getMaxSize() > 0)

@@ -1,6 +1,7 @@
 #include <Varnex/url/ZipHandler.h>
 
 #include <Varnex/url/Fetch.h>
+#include <Varnex/url/Quietly.h>
 #include <Varnex/url/URLPolicy.h>
 #include <Varnex/url/URLStream.h>
 #include <Varnex/url/URLZip.h>
@@ -24,7 +25,8 @@ std::unique_ptr<std::istream> openCopy(const std::string& path) {
 
 bool canMove(std::istream& stream) {
     const auto nowhere = std::streampos(std::streamoff(-1));
-    return stream.rdbuf()->pubseekoff(0, std::ios_base::cur, std::ios_base::in) != nowhere;
+    const auto position = [&] { return stream.rdbuf()->pubseekoff(0, std::ios_base::cur, std::ios_base::in); };
+    return quietly(position, nowhere) != nowhere;
 }
 
 std::unique_ptr<std::streambuf> memberData(std::unique_ptr<std::istream> archive, std::uint64_t offset,

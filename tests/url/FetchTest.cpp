@@ -4,9 +4,10 @@
 #include <Varnex/url/URLMemory.h>
 #include <Varnex/url/URLPolicy.h>
 #include <Varnex/url/URLStream.h>
+#include <Varnex/url/URLZip.h>
 #include <tests/support/FailingCall.h>
-#include <tests/support/ThrowsText.h>
 #include <tests/support/TestFolder.h>
+#include <tests/support/ThrowsText.h>
 
 #include <gtest/gtest.h>
 
@@ -122,6 +123,27 @@ TEST(FetchTest, FailuresLeaveNoFileBehind) {
         EXPECT_EQ(TextUrl("abc", 3).read2disk().getSize(), 3);
     }
     EXPECT_EQ(TestFolder::temporaryFiles(), before);
+}
+
+/// A URL whose stream throws at every use, or has no buffer.
+struct BadUrl : URLFile {
+    struct Buffer : std::streambuf {
+        int_type underflow() override { throw 1; }
+        pos_type seekoff(off_type, std::ios_base::seekdir, std::ios_base::openmode) override { throw 1; }
+    };
+    explicit BadUrl(bool hasBuffer) : hasBuffer_(hasBuffer) {}
+    Stream* open() const override { return makeStream(hasBuffer_ ? std::make_unique<Buffer>() : nullptr, "", -1); }
+    File read2disk() const override { return URLImpl::read2disk(); }
+    bool hasBuffer_;
+};
+
+TEST(FetchTest, WhateverASourceThrowsBecomesOurs) {
+    for (const bool hasBuffer : {true, false}) {
+        EXPECT_THROWS_TEXT(BadUrl(hasBuffer).read2mem(), URLImpl::Exception, "");
+        EXPECT_THROWS_TEXT(BadUrl(hasBuffer).read2disk(), URLImpl::Exception, "");
+        const URLZip member("zip", URL(new BadUrl(hasBuffer)), "/a", "");
+        EXPECT_THROWS_TEXT(member.open(), URLImpl::Exception, "");
+    }
 }
 
 /// Makes a policy the current one for the length of a test.
