@@ -27,10 +27,17 @@ std::string pathOf(const UniqueFd& fd) {
     return n < 0 ? "" : std::string(path, static_cast<std::size_t>(n));
 }
 
+/// No device: opening one may already do something, such as restarting what hangs on a serial line.
+bool isRegular(const std::string& path) {
+    struct stat status {};
+    return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
 /// Nothing outside the policy's folder is opened, not even to look at it.
 bool openIfAllowed(const std::string& path, UniqueFd& fd) {
     const auto policy = URLPolicy::getCurrent();
     if (policy->confinesFiles() && !policy->allowsFile(realPath(path))) return false;
+    if (!isRegular(path)) return false;
     fd = UniqueFd(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     return fd.isOpen() && (!policy->confinesFiles() || policy->allowsFile(pathOf(fd)));
 }

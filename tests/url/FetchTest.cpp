@@ -1,3 +1,4 @@
+#include <Varnex/transport/UniqueFd.h>
 #include <Varnex/url/URL.h>
 #include <Varnex/url/URLFile.h>
 #include <Varnex/url/URLLocalFile.h>
@@ -14,6 +15,7 @@
 #include <sstream>
 
 #include <netinet/in.h>
+#include <sys/inotify.h>
 #include <sys/stat.h>
 
 using namespace Varnex;
@@ -26,6 +28,8 @@ TEST(FileUrlTest, OpensRegularFilesOnly) {
     const TestFolder folder;
     folder.write("a b.HTML", "content");
     ASSERT_EQ(::mkfifo(folder.path("fifo").c_str(), 0600), 0);
+    const UniqueFd watch(::inotify_init1(IN_NONBLOCK));
+    ASSERT_GE(::inotify_add_watch(watch.get(), folder.path("fifo").c_str(), IN_OPEN), 0);
     std::filesystem::create_symlink(folder.path("a b.HTML"), folder.path("link"));
     for (const char* const name : {"a b.HTML", "a%20b.HTML"}) {
         const URL url = folder.url(name);
@@ -51,6 +55,8 @@ TEST(FileUrlTest, OpensRegularFilesOnly) {
         expectRefused(folder.url(name), kCannotOpen);
     expectRefused(URL(new URLFile("", std::string("/dev/null\0x", 11), "")), kCannotOpen);
     expectRefused(URL::resolve({}, "file:///dev/zero"), kCannotOpen);
+    char event[256];
+    EXPECT_EQ(::read(watch.get(), event, sizeof event), -1) << "what is no file is not even opened";
     expectRefused(URL::resolve({}, "file://server/etc/passwd"), "Open error - do not know how to handle host");
 }
 
