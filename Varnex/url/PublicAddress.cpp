@@ -52,10 +52,11 @@ bool startsWith(const Bytes6& bytes, const Bytes6& prefix, std::size_t size) {
 
 bool isPublic6(const Bytes6& bytes) {
     constexpr Bytes6 kMapped{0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xFF, 0xFF}, kTranslated{0, 0x64, 0xFF, 0x9B};
-    constexpr Bytes6 kDocumentation{0x20, 0x01, 0x0D, 0xB8}, k6to4{0x20, 0x02}, kAssignments{0x20, 0x01};
+    constexpr Bytes6 kDocumentation{0x20, 0x01, 0x0D, 0xB8}, kDocumentation20{0x3F, 0xFF}, k6to4{0x20, 0x02},
+        kAssignments{0x20, 0x01};
     if (startsWith(bytes, kMapped, 12) || startsWith(bytes, kTranslated, 12)) return isPublic4(ipv4At(bytes, 12));
     if (startsWith(bytes, k6to4, 2)) return isPublic4(ipv4At(bytes, 2));
-    if (startsWith(bytes, kDocumentation, 4)) return false;
+    if (startsWith(bytes, kDocumentation, 4) || (startsWith(bytes, kDocumentation20, 2) && bytes[2] < 16)) return false;
     if (startsWith(bytes, kAssignments, 2) && bytes[2] < 2) return false;  // 2001::/23, tunnels among them
     return bytes[0] >> 5 == 1;                                             // 2000::/3; nothing else is given out
 }

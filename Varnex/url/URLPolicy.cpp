@@ -6,10 +6,13 @@
 #include <Varnex/transport/SystemError.h>
 #include <Varnex/url/PublicAddress.h>
 #include <Varnex/url/URLImpl.h>
+#include <Varnex/url/UrlParts.h>
 #include <Zendro/Mutex.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -27,8 +30,18 @@ Current& current() {
     return instance;
 }
 
-std::string withoutBrackets(const std::string& host) {
-    return host.size() >= 2 && host.front() == '[' && host.back() == ']' ? host.substr(1, host.size() - 2) : host;
+/// No host has one, but some readers of addresses stop there.
+bool hasBlank(std::string_view host) {
+    return std::any_of(host.begin(), host.end(), [](unsigned char c) { return c <= ' ' || c == 0x7F; });
+}
+
+/// In lower case, without brackets, the zone of an IPv6 address, and the dot that can end a name.
+std::string bareHost(std::string host) {
+    if (host.size() >= 2 && host.front() == '[' && host.back() == ']') host = host.substr(1, host.size() - 2);
+    if (host.find(':') != std::string::npos) host.resize(std::min(host.find('%'), host.size()));
+    if (host.ends_with('.')) host.pop_back();
+    makeLowerCase(host);
+    return host;
 }
 
 /// What the system takes for an address without looking it up; there is at most one.
@@ -46,10 +59,16 @@ std::vector<SocketAddress> numericAddress(const std::string& host) {
     throw URLImpl::Exception("Open error - not allowed by the URL policy");
 }
 
-bool isNameOfThisMachine(std::string name) {
-    makeLowerCase(name);
-    if (name.ends_with('.')) name.pop_back();
+bool isNameOfThisMachine(const std::string& name) {
     return name == "localhost" || name.ends_with(".localhost");
+}
+
+bool isPublicHost(const std::string& host) {
+    const std::string name = bareHost(host);
+    if (hasBlank(host) || isNameOfThisMachine(name)) return false;
+    for (const SocketAddress& address : numericAddress(name))
+        if (!isPublicAddress(*address.getAddress())) return false;
+    return true;
 }
 
 }  // namespace
@@ -76,10 +95,7 @@ void URLPolicy::checkHost(const std::string& host) const {
 
 bool URLPolicy::allowsHost(const std::string& host) const {
     if (!publicHostsOnly_ || host.empty()) return true;
-    if (isNameOfThisMachine(host)) return false;
-    for (const SocketAddress& address : numericAddress(withoutBrackets(host)))
-        if (!allowsAddress(*address.getAddress())) return false;
-    return true;
+    return isPublicHost(host) && isPublicHost(UrlParts::decoded(host));
 }
 
 bool URLPolicy::allowsAddress(const sockaddr& address) const {
