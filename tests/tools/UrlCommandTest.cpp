@@ -93,6 +93,9 @@ TEST(UrlCommandTest, PrintsOrSaysInOneLineWhatIsWrong) {
         {"get 'a b' -o out", 0, "", ""},
         {"get 'a b' --head", 0, "mime-type: unknown\nlength: 5\n", ""},
         {"get data:text/x,a --head", 0, "mime-type: text/x\nlength: 1\n", ""},
+        {"get 'zip:data:;base64,UEsDBAoAAAAAAAAAAAAAAAAABQAAAAUAAAABAAAAYWhlbGxvUEsBAgAACgAAAAAAAAAAAAAA"
+         "AAAFAAAABQAAAAEAAAAAAAAAAAAAAAAAAAAAAGFQSwUGAAAAAAEAAQAvAAAAJAAAAAAA!/a'",
+         1, "hello", "Invalid zip file after 5 bytes"},
         {"get none -o none", 1, "", "\"none\": Open error - cannot open file"},
         {"get 'x\x1By:z'", 1, "", "\"x\\x1by:z\": unknown scheme \"x\\x1by\" (known: cg, data, "},
         {"get ' '", 1, "", "the URL is blank"},
