@@ -102,6 +102,7 @@ TEST(UrlCommandTest, PrintsOrSaysInOneLineWhatIsWrong) {
         {"get 'a b' >/dev/full", 1, "", "cannot write to the standard output: No space left on device"},
         {"get 'a b' -o /dev/full", 1, "", "No space left on device; \"/dev/full\" is incomplete"},
         {"get 'a b' -o .", 1, "", "cannot open \".\" for writing: Is a directory"},
+        {"get 'a b' -o ''", 1, "", "the name of the output file is empty"},
         {"get 'a b' -o './a b'", 1, "", "while reading it"},
         {"url 'http://u:p@H:1/a?q#f' http://H/", 0,
          "scheme: http\nuser: u\npassword: p\nhost: H\nport: 1\npath: /a\nquery: q#\nfragment: f\nwell-formed: yes\n"
