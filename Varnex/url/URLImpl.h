@@ -117,7 +117,7 @@ public:
                                               std::size_t end = std::string::npos);
 
     /// Merges `path` with the directory of `basePath` unless it begins with "/", and removes "//", "./" and "x/../".
-    /// A final ".." stays. Always true.
+    /// A final "." or ".." stays. Always true.
     static bool makePathAbsolute(std::string& path, const std::string& basePath);
     /// The way from `basePath` to `path`. False, and nothing changes: one of them does not begin with "/".
     static bool makePathRelative(std::string& path, const std::string& basePath);

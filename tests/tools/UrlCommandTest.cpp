@@ -93,12 +93,16 @@ TEST(UrlCommandTest, PrintsOrSaysInOneLineWhatIsWrong) {
         {"get 'a b' -o out", 0, "", ""},
         {"get 'a b' --head", 0, "mime-type: unknown\nlength: 5\n", ""},
         {"get data:text/x,a --head", 0, "mime-type: text/x\nlength: 1\n", ""},
+        {"get 'zip:data:;base64,UEsDBAoAAAAAAAAAAAAAAAAABQAAAAUAAAABAAAAYWhlbGxvUEsBAgAACgAAAAAAAAAAAAAA"
+         "AAAFAAAABQAAAAEAAAAAAAAAAAAAAAAAAAAAAGFQSwUGAAAAAAEAAQAvAAAAJAAAAAAA!/a'",
+         1, "hello", "Invalid zip file after 5 bytes"},
         {"get none -o none", 1, "", "\"none\": Open error - cannot open file"},
         {"get 'x\x1By:z'", 1, "", "\"x\\x1by:z\": unknown scheme \"x\\x1by\" (known: cg, data, "},
         {"get ' '", 1, "", "the URL is blank"},
         {"get 'a b' >/dev/full", 1, "", "cannot write to the standard output: No space left on device"},
         {"get 'a b' -o /dev/full", 1, "", "No space left on device; \"/dev/full\" is incomplete"},
         {"get 'a b' -o .", 1, "", "cannot open \".\" for writing: Is a directory"},
+        {"get 'a b' -o ''", 1, "", "the name of the output file is empty"},
         {"get 'a b' -o './a b'", 1, "", "while reading it"},
         {"url 'http://u:p@H:1/a?q#f' http://H/", 0,
          "scheme: http\nuser: u\npassword: p\nhost: H\nport: 1\npath: /a\nquery: q#\nfragment: f\nwell-formed: yes\n"

@@ -27,6 +27,7 @@ struct ForwardBuf : std::stringbuf {
     int_type underflow() override { return throws ? throw 1 : std::stringbuf::underflow(); }
     pos_type seekoff(off_type, std::ios_base::seekdir, std::ios_base::openmode) override { return off_type(-1); }
     pos_type seekpos(pos_type, std::ios_base::openmode) override { return off_type(-1); }
+    std::streamsize showmanyc() override { return -1; }
     std::streamsize asked = 0;
     bool throws = false;
 };
@@ -114,6 +115,7 @@ TEST(StorebufTest, PutsBack) {
     EXPECT_EQ(fixed.sgetn(block, 2), 2);
     EXPECT_EQ(fixed.sungetc(), kEof);  // the source cannot be moved
     EXPECT_EQ(fixed.sbumpc(), 'c');
+    EXPECT_EQ(fixed.in_avail(), 0);
 }
 
 TEST(StorebufTest, SeeksInTheStretch) {
@@ -148,6 +150,11 @@ TEST(InflatebufTest, EveryStreamComesOutWhole) {
             EXPECT_EQ(readAll(buffer, piece), content) << size << " " << piece;
         }
     }
+    char block[2];
+    inflatebuf mixed(text(deflated("abcd")));
+    EXPECT_EQ(mixed.sbumpc(), 'a');
+    EXPECT_EQ(mixed.sgetn(block, 2), 2);
+    EXPECT_EQ(mixed.sungetc(), kEof);  // not "a"
     // All sizes of the last block, where finished output waits while the input is at its end.
     for (std::size_t size = 0; size < 3000; size += 7) {
         const std::string content = someText(size), coded = deflated(content);

@@ -44,7 +44,10 @@ QX_URLStream* openScript(QX_URL* url) {
     script.log += std::string("open ") + (url->path == nullptr ? "" : url->path);
     QX_URLStream* const stream = newStream();
     stream->start = [](QX_URLStream*) { script.log += " start"; };
-    stream->getContentLength = [](QX_URLStream*) { return script.length; };
+    stream->getContentLength = [](QX_URLStream*) {
+        script.log += " length";
+        return script.length;
+    };
     stream->read = &readScript;
     stream->close = [](QX_URLStream*) { script.log += " close"; };
     return stream;
@@ -118,18 +121,19 @@ TEST_F(HandlerTest, OpensAndStreams) {
     script.content = std::string(10000, 'a');
     {
         const std::unique_ptr<URLImpl::Stream> stream(url->open());
-        EXPECT_EQ(script.log, "open /p.html start");
+        EXPECT_EQ(script.log, "open /p.html start length");
         EXPECT_EQ(stream->getMimeType(), "text/html");
         EXPECT_EQ(stream->getContentLength(), -1);
         std::string block(9000, '\0');
         EXPECT_EQ(stream->get(), 'a');
         EXPECT_TRUE(stream->read(block.data(), 9000));
         EXPECT_EQ(script.asked, (std::vector<int>{4096, 4905}));
+        EXPECT_EQ(stream->rdbuf()->sungetc(), EOF);  // what came before is not at hand
         stream->read(block.data(), 9000);
         EXPECT_EQ(stream->gcount(), 999);
         EXPECT_EQ(script.asked, (std::vector<int>{4096, 4905, 9000, 8001}));
     }
-    EXPECT_EQ(script.log, "open /p.html start close");
+    EXPECT_EQ(script.log, "open /p.html start length close");
 }
 
 TEST_F(HandlerTest, WholeResources) {
@@ -146,7 +150,7 @@ TEST_F(HandlerTest, WholeResources) {
     EXPECT_EQ(known.getSize(), 10);
     EXPECT_TRUE(known.ownsData());
     EXPECT_THROWS_TEXT(read(9, 10), URLImpl::Exception, "");
-    EXPECT_EQ(script.log, "open  start close");
+    EXPECT_EQ(script.log, "open  start length close");
     for (const int size : {0, 1, 8191, 8192, 8193, 16384, 100000}) {
         const URLImpl::Memory memory = read(static_cast<std::size_t>(size), -1);
         ASSERT_EQ(memory.getSize(), size);

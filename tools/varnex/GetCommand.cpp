@@ -46,6 +46,7 @@ GetCommand::GetCommand(CLI::App& parent) : Command(parent, "get", "Open a URL an
 }
 
 void GetCommand::run() {
+    if (file_.empty() && app().count("--output") > 0) throw Failure("the name of the output file is empty");
     UrlSource source(text_);
     refuseItself(source);
     Output output(file_);

@@ -34,17 +34,27 @@ std::string_view UrlSource::next() {
 }
 
 std::size_t UrlSource::read() {
+    if (!isBroken_) {
+        stream_->clear();  // a short block need not be the last
+        stream_->read(block_.data(), std::ssize(block_));
+        isBroken_ = stream_->bad();
+        if (!isBroken_ || stream_->gcount() > 0) return static_cast<std::size_t>(stream_->gcount());
+    }
+    fail(whyBroken() + " after " + std::to_string(received_) + " bytes");
+}
+
+/// The stream keeps the words to itself, so what broke it is met once more.
+std::string UrlSource::whyBroken() {
     std::string words = "broken off";
     try {
-        stream_->exceptions(std::ios_base::badbit);  // what breaks the stream comes through with its words
-        stream_->clear();                            // a short block need not be the last
+        stream_->clear();
+        stream_->exceptions(std::ios_base::badbit);
         stream_->read(block_.data(), std::ssize(block_));
-        return static_cast<std::size_t>(stream_->gcount());
     } catch (const URLImpl::Exception& error) {
         words = wordsOf(error, words);
     } catch (const std::exception&) {  // says nothing about the resource
     }
-    fail(words + " after " + std::to_string(received_) + " bytes");
+    return words;
 }
 
 void UrlSource::fail(const std::string& words) const {

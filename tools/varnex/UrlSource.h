@@ -30,6 +30,7 @@ private:
     static constexpr std::size_t kBlockSize = 65536;
 
     [[nodiscard]] std::size_t read();
+    [[nodiscard]] std::string whyBroken();
     [[noreturn]] void fail(const std::string& words) const;
 
     std::string text_;
@@ -37,6 +38,7 @@ private:
     std::unique_ptr<Varnex::URLImpl::Stream> stream_;
     std::string block_;
     long long received_ = 0;
+    bool isBroken_ = false;
 };
 
 }  // namespace VarnexTool
