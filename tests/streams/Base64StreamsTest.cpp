@@ -14,11 +14,21 @@ namespace {
 
 const int kEof = std::char_traits<char>::eof();
 
-std::string wrapped(const std::string& bytes, int width, const std::string& separator) {
-    std::ostringstream target;
+/// Written at once and by single bytes, with a flush after the first `flushAfter`.
+std::string wrapped(const std::string& bytes, int width, const std::string& separator, std::size_t flushAfter = 0) {
+    std::ostringstream target, slow;
     target.width(width);
-    obase64encodestream(target, separator) << bytes;
+    slow.width(width);
+    obase64encodestream(target, separator) << bytes.substr(0, flushAfter) << std::flush << bytes.substr(flushAfter);
     EXPECT_EQ(target.width(), width);
+    base64encodebuf buffer(slow, separator);
+    buffer.pubsetbuf(nullptr, 0);
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        if (i == flushAfter) buffer.pubsync();
+        buffer.sputc(bytes[i]);
+    }
+    buffer.pubsync();
+    EXPECT_EQ(slow.str(), target.str());
     return target.str();
 }
 
@@ -31,63 +41,32 @@ TEST(Base64StreamsTest, LinesBreakAtTheWidthOfTheTarget) {
     EXPECT_EQ(wrapped("ManMan", 0, "\r\n"), "TWFuTWFu");
     EXPECT_EQ(wrapped("ManMan", -4, "\r\n"), "TWFuTWFu");
     EXPECT_EQ(wrapped("", 4, "\r\n"), "");
+    EXPECT_EQ(wrapped("MManMa", 5, "\r\n", 1), "TQ==T\r\nWFuTW\nE=");
 }
-
-/// The rules one byte and one character at a time.
-struct SlowEncoder {
-    int width;
-    std::string separator, text = {};
-    int column = 0, state = 0;
-    unsigned last = 0;
-
-    bool isFull(int at) const { return width > 0 && at >= width; }
-    void put(unsigned value) { text += basis_64[value & 63], ++column; }
-    void putAndCheck(char c) {
-        text += c;
-        isFull(column + 1) ? (column = 0, text += '\n') : std::to_string(++column);
-    }
-    void byte(unsigned char b) {
-        if (isFull(column)) column = 0, text += separator;
-        if (state == 0) put(b >> 2);
-        if (state == 1) put(last << 4 | b >> 4);
-        if (state == 2) putAndCheck(basis_64[(last << 2 | b >> 6) & 63]), put(b);
-        state = (state + 1) % 3;
-        last = b & (state == 1 ? 0x03 : 0x0F);
-    }
-    void finish() {
-        if (state == 0) return;
-        if (isFull(column)) column = 0, text += '\n';
-        putAndCheck(basis_64[state == 1 ? last << 4 : last << 2]);
-        if (state == 1) putAndCheck('=');
-        text += '=', ++column, state = 0;
-    }
-};
 
 TEST(Base64StreamsTest, BlocksAndPiecesGiveWhatSingleBytesGive) {
     std::mt19937 random(2);
     for (int width = 0; width < 90; ++width) {
         std::string bytes(random() % 700, 0);
         if (width % 30 == 29) bytes.resize(20000 + random() % 100);
-        SlowEncoder slow{width, "<separator>"};
-        std::ostringstream target;
+        std::ostringstream target, slowTarget;
         target.width(width);
-        base64encodebuf buffer(target, "<separator>");
+        slowTarget.width(width);
+        base64encodebuf buffer(target, "<separator>"), slow(slowTarget, "<separator>");
+        slow.pubsetbuf(nullptr, 0);
         if (width % 3 == 0) buffer.pubsetbuf(nullptr, 0);
         for (std::size_t at = 0; at < bytes.size();) {
             const std::size_t size =
                 std::min<std::size_t>(random() % 4 == 0 ? random() % 10000 : random() % 9, bytes.size() - at);
-            for (std::size_t i = at; i < at + size; ++i)
-                slow.byte(static_cast<unsigned char>(bytes[i] = static_cast<char>(random())));
+            for (std::size_t i = at; i < at + size; ++i) slow.sputc(bytes[i] = static_cast<char>(random()));
             ASSERT_EQ(buffer.sputn(&bytes[at], static_cast<std::streamsize>(size)), size);
             at += size;
             if (random() % 16 != 0) continue;
-            slow.finish();
-            ASSERT_EQ(buffer.pubsync(), 0);
-            ASSERT_EQ(target.str(), slow.text) << width;
+            ASSERT_EQ(buffer.pubsync() + slow.pubsync(), 0);
+            ASSERT_EQ(target.str(), slowTarget.str()) << width;
         }
-        buffer.pubsync();
-        slow.finish();
-        ASSERT_EQ(target.str(), slow.text) << width;
+        ASSERT_EQ(buffer.pubsync() + slow.pubsync(), 0);
+        ASSERT_EQ(target.str(), slowTarget.str()) << width;
     }
 }
 

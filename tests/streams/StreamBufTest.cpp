@@ -309,24 +309,6 @@ TEST(StreamBufTest, NewSizesKeepUnreadInputAndDropPendingOutputThatFits) {
     EXPECT_EQ(wire.sent(), "123456");
 }
 
-struct Deleted : ScriptedCommunicator {
-    explicit Deleted(std::string& log_) : log(log_) {}
-    ~Deleted() override { log += sent() + "."; }
-    std::string& log;
-};
-
-TEST(StreamBufTest, DeletesWhatItOwnsOnceAndFlushesNothing) {
-    std::string log;
-    {
-        StreamBuf sender(new Deleted(log), nullptr, 8, 8, true, false);
-        sender.sputn("lost", 4);
-        StreamBuf both(new Deleted(log), new Deleted(log), 8, 8, true, true);
-        Deleted kept(log);
-        StreamBuf neither(&kept, &kept, 8, 8, false, false);
-    }
-    EXPECT_EQ(log, "....");
-}
-
 /// Trickles bytes for ever, at once, and records how long each wait might have taken.
 struct Trickle : ScriptedCommunicator {
     std::vector<int> limits;

@@ -68,9 +68,9 @@ TEST(StreamsTest, AnotherThreadEndsARead) {
 }
 
 struct Counted : ScriptedCommunicator {
-    static inline int alive = 0;
+    static inline int alive = 0, lateSends = 0;
     Counted() { ++alive, bytes.assign(9000, 'x'); }
-    ~Counted() override { --alive; }
+    ~Counted() override { --alive, lateSends += sendCalls - 1; }
 };
 
 TEST(StreamsTest, EachDirectionHasABufferOfItsSizeAndTheOwnerDeletesOnce) {
@@ -88,9 +88,12 @@ TEST(StreamsTest, EachDirectionHasABufferOfItsSizeAndTheOwnerDeletesOnce) {
         EXPECT_EQ(receiver->bytes.size() + both->bytes.size(), 2 * (9000U - 8192U));
         EXPECT_EQ(in.rdbuf()->sputc('x'), EOF);
         EXPECT_EQ(out.rdbuf()->sgetc(), EOF);
-        EXPECT_EQ(Counted::alive, 3);
+        stream << "lost";
+        StreamBuf two(new Counted, new Counted, 8, 8, true, true);
+        EXPECT_EQ(Counted::alive, 5);
     }
     EXPECT_EQ(Counted::alive, 0);
+    EXPECT_EQ(Counted::lateSends, -3);  // two streams have sent once
 }
 
 template <class Codec>

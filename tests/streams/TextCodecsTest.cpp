@@ -76,6 +76,12 @@ TEST(QuotedPrintableTest, DecodesAndKeepsWhatIsNoCode) {
                            {"=" + std::string(999, ' ') + "\n", "=" + std::string(999, ' ') + "\n"}};
     expectEverySplit<quotedprintabledecodebuf>(cases);
     EXPECT_EQ(through<quotedprintabledecodebuf>(repeated("=3D", 10000), 0, false), kLong);
+    std::string bytes;
+    for (int c = 0; c < 256; ++c) bytes += c == '\n' ? "" : std::string(1, static_cast<char>(c));
+    for (const bool headerMode : {false, true}) {
+        const std::string text = through<quotedprintableencodebuf>(bytes, 9, headerMode);
+        EXPECT_EQ(through<quotedprintabledecodebuf>(text, 9, headerMode), bytes);
+    }
 }
 
 template <class Buffer>
