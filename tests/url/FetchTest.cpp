@@ -185,15 +185,19 @@ TEST_F(PolicyTest, AllowsSchemesAndSizes) {
     });
     EXPECT_EQ(outcome(URL::resolve({}, "data:,abcd")), "4");
     EXPECT_EQ(outcome(URL::resolve({}, "data:,abcde")), kTooLarge);
-    EXPECT_EQ(outcome(URL::resolve({}, "cg:a")), kNotAllowed);
     EXPECT_EQ(outcome(URL::resolve({}, "zip:data:,a!/b")), kNotAllowed);
     EXPECT_EQ(outcome(URL(new TextUrl("abcd", -1))), "4");
-    EXPECT_EQ(outcome(URL(new TextUrl("abcde", -1))), kTooLarge);
+    EXPECT_EQ(outcome(URL(new TextUrl(std::string(9000, 'x'), -1))), kTooLarge);
     EXPECT_THROWS_TEXT(TextUrl("abcde", -1).read2disk(), URLImpl::Exception, kTooLarge);
     const TestFolder folder;
     folder.write("a", "abcde");
     EXPECT_THROWS_TEXT(folder.url("a")->open(), URLImpl::Exception, kTooLarge);
     EXPECT_THROWS_TEXT(folder.url("a")->read2disk(), URLImpl::Exception, kTooLarge);
+    use([](URLPolicy& policy) { policy.setAllowedSchemes({"zip"}); });
+    for (const char* const text : {"cg:a", "data:,a", "ftp://h/a", "file:///", "http://h"}) {
+        EXPECT_EQ(outcome(URL::resolve({}, text)), kNotAllowed);
+        EXPECT_THROWS_TEXT(URL::resolve({}, text)->open(), URLImpl::Exception, kNotAllowed);
+    }
 }
 
 TEST_F(PolicyTest, ConfinesFiles) {

@@ -72,6 +72,7 @@ TEST_F(HandlerTest, TheLibraryParsesAndPrintsForIt) {
     const std::string cases[][3] = {{"", "X://u:p@h/a/b", "x://u:p@h/a/b"},
                                     {"", "x://h:7/a?q#f", "x://h/a?q##f"},
                                     {"", "x://h:8", "x://h:8"},
+                                    {"", "x://h:0", "x://h:0"},
                                     {"", "x://h/../a b\\c", "x://h/../a b\\c"},
                                     {"", "x:foo", "x://foo"},
                                     {"", "x:foo:bar", "x://bar"},
@@ -90,6 +91,13 @@ TEST_F(HandlerTest, TheLibraryParsesAndPrintsForIt) {
     EXPECT_EQ(url->toRelativeString(*url), "x://h:8/a/b\\c d");
     EXPECT_EQ(url->getHost() + url->getPath(), "");
     EXPECT_FALSE(URL(url->getBase()) || url->refersToSameFileAs(*url));
+    handler.toString = [](QX_URL* parts) {  // only the user is never absent
+        const bool isEmpty = !parts->host && !parts->path && !parts->query && !parts->fragment;
+        return ::strdup((parts->userInfo + std::to_string(parts->port) + (isEmpty ? " empty" : "")).c_str());
+    };
+    EXPECT_EQ(printed(make("x://u@#")), "u7 empty");
+    EXPECT_EQ(printed(make("x://?")), "7 empty");
+    handler.toString = nullptr;
     handler.getDefaultPort = nullptr;
     EXPECT_EQ(printed(make("x://h:0/")), "x://h:0/");
     EXPECT_EQ(printed(make("x://h/")), "x://h/");
@@ -101,7 +109,7 @@ TEST_F(HandlerTest, ItParsesAndPrintsItself) {
         if (start != 0 || length != static_cast<int>(std::strlen(text))) return 1;
         url->path = ::strdup(text);
         url->port = length;
-        url->scheme = nullptr;  // both undone
+        url->scheme = ::strdup("y");  // both undone
         url->handler = nullptr;
         return *text == '!' ? -1 : 0;
     };
@@ -177,6 +185,13 @@ TEST_F(HandlerTest, AnUnknownLengthIsLimitedByThePolicy) {
     }
     script.content = std::string(5001, 'a');
     EXPECT_THROWS_TEXT(make("x:")->read2mem(), URLImpl::Exception, "Open error - larger than the URL policy allows");
+    for (const char* const scheme : {"x", "y"}) {
+        policy = std::make_shared<URLPolicy>();
+        policy->setAllowedSchemes({scheme});
+        policy->setPublicHostsOnly(*scheme == 'x');
+        URLPolicy::setCurrent(policy);
+        EXPECT_THROWS_TEXT(make("x://[::1]")->open(), URLImpl::Exception, "Open error - not allowed by the URL policy");
+    }
     URLPolicy::setCurrent(nullptr);
 }
 
@@ -230,7 +245,7 @@ TEST_F(HandlerTest, RegisteringReplacesAndUnregisteringRestoresNothing) {
                                                  "https", "jar", "javascript", "urn", "vrmlscript", "zip"}));
     QX_URLStreamHandlerFactory_registerHandler("CG", &handler);
     EXPECT_EQ(printed(make("cg:a")), "cg://a");
-    QX_URLStreamHandlerFactory_unregisterHandler("cg", &handler);
+    QX_URLStreamHandlerFactory_unregisterHandler("Cg", &handler);
     EXPECT_FALSE(make("cg:a"));
     static const Protocol restored("cg", &URLShaderCG::createAbsolute);  // for the tests after this one
     const Protocol own("own", [](const std::string& scheme, const std::string& rest) -> URLImpl* {

@@ -1,5 +1,5 @@
-#include <tests/support/WrapCall.h>
 #include <tests/support/TestFolder.h>
+#include <tests/support/WrapCall.h>
 
 #include <stdlib.h>
 #include <unistd.h>
