@@ -29,9 +29,17 @@ bool step(std::string& rest, std::string& out, Take take) {
     return piece.has_value();
 }
 
+/// Most parts are empty, and that costs least so.
+void assign(std::string& out, std::string_view part) {
+    if (part.empty())
+        out.clear();
+    else
+        out.assign(part);
+}
+
 /// Stores a piece and gives `flag` when there is one.
 unsigned store(std::string& out, const UrlGrammar::Piece& piece, unsigned flag) {
-    out = piece.value_or(std::string_view());
+    assign(out, piece.value_or(std::string_view()));
     return piece ? flag : 0;
 }
 
@@ -94,13 +102,13 @@ void URLImpl::parseURL(const std::string& text, Components& out) {
     if (found) out.flags |= Components::Authority;
     std::string_view authority = found.value_or(std::string_view());
     const UrlGrammar::UserPassword userPassword = UrlGrammar::takeUserPassword(authority);
-    out.user = userPassword.user;
-    out.password = userPassword.password;
+    assign(out.user, userPassword.user);
+    assign(out.password, userPassword.password);
     const UrlGrammar::HostPort hostPort = UrlGrammar::splitHostPort(authority);
-    out.host = hostPort.host;
+    assign(out.host, hostPort.host);
     out.port = hostPort.port;
 
-    out.path = UrlGrammar::takePath(rest);
+    assign(out.path, UrlGrammar::takePath(rest));
     if (!out.path.empty()) out.flags |= Components::Path;
     out.flags |= store(out.query, UrlGrammar::takeQuery(rest), Components::Query);
     out.flags |= store(out.fragment, UrlGrammar::takeFragment(rest), Components::Fragment);

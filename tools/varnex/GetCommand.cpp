@@ -37,8 +37,8 @@ std::string headOf(const UrlSource& source) {
 GetCommand::GetCommand(CLI::App& parent) : Command(parent, "get", "Open a URL and print what is there") {
     app()
         .add_option("URL", text_,
-                    "The URL, or a file name: with ./ before one that has a \":\", and %23, %25 and %3f for \"#\", "
-                    "\"%\" and \"?\"")
+                    "The URL, such as 'zip:models.zip!/car.wrl' or data:,text, or a file name: with ./ before one that "
+                    "has a \":\", and %23, %25 and %3f for \"#\", \"%\" and \"?\"")
         ->required();
     app().add_option("-o,--output", file_, "Write to this file, in place of the standard output")->type_name("FILE");
     app().add_flag("--head", head_, "Print the MIME type and the length in bytes, not the content");
