@@ -2,7 +2,6 @@
 
 #include <Varnex/events/EventBatch.h>
 #include <Varnex/events/MessageEvent.h>
-#include <Varnex/transport/BufferedCommunicator.h>
 
 #include <climits>
 #include <fstream>
@@ -79,24 +78,6 @@ TEST(EventSendTest, DumpsBytesOrDecimalNumbersAndTellsSoWhenTheFileIsWhole) {
     const std::string to = "Dump 18 bytes to " + dumpFile;
     EXPECT_EQ(dumpLines, to + "(bin) ... done\n" + to + "(ascii) ... done\n" + kUnknownType +
                              "Dump 12 bytes to /no such folder/dump(ascii) ... failed\n");
-}
-
-TEST(EventBatchTest, GoesOutInOneCallAndComesBackThroughABuffer) {
-    const CapturedDiagnostics lines;
-    EventBatch batch;
-    ScriptedCommunicator connection;
-    std::string singly, back;
-    for (std::size_t i = 0; i < 100; ++i) {
-        MessageEvent event(static_cast<short>(i), std::string(300 * i, 'x').c_str());
-        ASSERT_TRUE(batch.add(event));
-        singly += wireOf(event);
-    }
-    ASSERT_TRUE(batch.getCount() == 100 && batch.send(&connection) && connection.sendCalls == 1);
-    connection.bytes = connection.sent();
-    connection.pieceSizes = {1000};
-    BufferedCommunicator buffered(&connection);
-    while (const auto event = received(&buffered)) back += wireOf(*event);
-    EXPECT_TRUE(back == singly);
 }
 
 TEST(EventBatchTest, WhatDoesNotFitLeavesTheBatchAsItWas) {

@@ -10,12 +10,8 @@
 #include <Varnex/events/TrackedPointsEvent.h>
 #include <Varnex/events/TranslationEvent.h>
 #include <Varnex/events/TranslationRotationEvent.h>
-#include <Varnex/transport/Client.h>
-#include <Varnex/transport/Server.h>
 
 #include <sys/utsname.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 using namespace Varnex;
 
@@ -186,33 +182,6 @@ TEST(EventClassesTest, PointsReadTwiceAreAppendedAndTheFirstOnesSent) {
     event.readFrom(wireOf(source));
     EXPECT_EQ(event.getPoints().size(), 4u);
     EXPECT_EQ(wireOf(event), wireOf(source));
-}
-
-int sendSamples(unsigned short port) noexcept {
-    Client client;
-    client.open("127.0.0.1", port);
-    for (const Sample& sample : samples())
-        if (!sample.event->send(&client)) return 1;
-    return client.close() ? 0 : 2;
-}
-
-TEST(EventsAcrossProcessesTest, EachEventArrivesAndThenTheEnd) {
-    const CapturedDiagnostics lines;
-    Server server;
-    server.open("127.0.0.1", 0);
-    const pid_t child = ::fork();
-    if (child == 0) ::_exit(sendSamples(server.getLocalPort()));
-    ASSERT_EQ(server.waitForClient(10000), Server::WaitClient);
-    const std::unique_ptr<Client> connection(server.getClient());
-    for (const Sample& sample : samples()) {
-        const auto event = received(connection.get());
-        ASSERT_EQ(event != nullptr, sample.wire.size() > 12) << sample.event->type()->name;
-        EXPECT_EQ(event == nullptr ? sample.wire : wireOf(*event), sample.wire);
-    }
-    EXPECT_EQ(received(connection.get()), nullptr);
-    int exitStatus = -1;
-    EXPECT_EQ(::waitpid(child, &exitStatus, 0), child);
-    EXPECT_EQ(exitStatus, 0);
 }
 
 }  // namespace

@@ -5,6 +5,8 @@
 #include <tests/support/FailingCall.h>
 #include <tests/support/NetworkNamespace.h>
 
+#include <cstring>
+
 using Varnex::MultiClient;
 using Varnex::MultiServer;
 
@@ -91,12 +93,15 @@ TEST_F(DiscoveryTest, AServerAnnouncesAnswersWhoIsMeantAndSaysFarewell) {
 
 TEST_F(DiscoveryTest, ClientsFindServersInWhateverOrderTheyStart) {
     MultiClient early(1), late(1), stranger(0x10);
+    MultiServer second(1);  // of the same host
+    second.setDiscoveryInterface("127.0.0.1");
     for (auto* each : {&early, &late, &stranger}) prepare(*each);
-    ASSERT_TRUE(early.open() && early.isDiscovering() && stranger.open());
+    ASSERT_TRUE(early.open() && early.isDiscovering() && stranger.open() && second.open("127.0.0.1", 0, true));
     ASSERT_TRUE(server.open("127.0.0.1", 0, true) && late.open());
-    EXPECT_TRUE(eventually([&] { return early.getCount() == 1 && late.getCount() == 1 && server.getCount() == 2; }));
+    for (auto* each : {&server, &second}) EXPECT_TRUE(eventually([&] { return each->getCount() == 2; }));
+    EXPECT_TRUE(eventually([&] { return early.getCount() == 2 && late.getCount() == 2; }));
     // Known by now, under the address that was announced.
-    EXPECT_TRUE(early.connectToServer("127.0.0.1", server.getLocalPort()) && early.getCount() == 1);
+    EXPECT_TRUE(early.connectToServer("127.0.0.1", server.getLocalPort()) && early.getCount() == 2);
     EXPECT_EQ(stranger.getCount(), 0);
     int n = 5;
     EXPECT_TRUE(server.send("hello", n) && n == 5);
@@ -104,20 +109,7 @@ TEST_F(DiscoveryTest, ClientsFindServersInWhateverOrderTheyStart) {
     EXPECT_TRUE(late.waitForCommunicators() && late.receiveCommunicator(connection));
     EXPECT_EQ(received(*connection), "hello");
     EXPECT_TRUE(late.close() && late.open());
-    EXPECT_TRUE(eventually([&] { return late.getCount() == 1; }));
-}
-
-TEST_F(DiscoveryTest, TwentyServersOfOneHostAreAllFound) {
-    std::vector<std::unique_ptr<MultiServer>> servers;
-    for (int i = 0; i < 20; ++i) {
-        servers.push_back(std::make_unique<MultiServer>(1));
-        servers.back()->setDiscoveryInterface("127.0.0.1");
-        ASSERT_TRUE(servers.back()->open("127.0.0.1", 0, true));
-    }
-    MultiClient client(1);
-    prepare(client);
-    client.open();
-    EXPECT_TRUE(eventually([&] { return client.getCount() == 20; }));
+    EXPECT_TRUE(eventually([&] { return late.getCount() == 2; }));
 }
 
 TEST_F(DiscoveryTest, HostileAndForeignDatagramsDoNotEndDiscovery) {

@@ -57,10 +57,3 @@ struct HubFixture : testing::Test {
         return n;
     }
 };
-
-/// All that arrives until `size` bytes have, or the stream ends.
-inline std::string receivedAll(Varnex::Receiver& from, std::size_t size) {
-    std::string all, part;
-    while (all.size() < size && !(part = received(from, static_cast<int>(size - all.size()))).empty()) all += part;
-    return all;
-}

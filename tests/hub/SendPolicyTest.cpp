@@ -1,8 +1,4 @@
-#include <Varnex/events/HandleEvent.h>
-#include <Varnex/events/TranslationEvent.h>
 #include <tests/hub/HubFixture.h>
-
-#include <sstream>
 
 #include <poll.h>
 
@@ -13,12 +9,8 @@ constexpr char kFiller = '\xFF';
 /// The first connection added never reads until the test does; its socket takes little.
 struct SendPolicyTest : HubFixture {
     void use(SendPolicy::WhenFull whenFull, int maxMessages, int maxBytes = 0) {
-        SendPolicy policy;
-        policy.mode = SendPolicy::Queue;
-        policy.whenFull = whenFull;
-        policy.maxMessages = maxMessages;
-        policy.maxBytes = maxBytes;
-        hub.setSendPolicy(policy);
+        hub.setSendPolicy(
+            {.mode = SendPolicy::Queue, .whenFull = whenFull, .maxBytes = maxBytes, .maxMessages = maxMessages});
     }
     /// Fills the socket of the first connection, until a message has to wait.
     void stall() {
@@ -82,33 +74,6 @@ TEST_F(SendPolicyTest, OrTheNewestAndWhatNeverFits) {
     EXPECT_TRUE(broadcast(std::string(2 << 20, 'x')));
     EXPECT_EQ(rest(), "abc");
     EXPECT_EQ(counters().dropped.messages, 4u);
-}
-
-TEST_F(SendPolicyTest, OrKeepsTheNewestStateOfEachObject) {
-    use(SendPolicy::KeepNewest, 6);
-    add();
-    stall();
-    const auto tell = [&](const char* handle, unsigned value) {
-        Varnex::TranslationEvent state(handle);
-        state.setValue(value);
-        EXPECT_TRUE(state.send(&hub));
-    };
-    Varnex::MessageEvent message;  // no object's state: never replaced
-    message.send(&hub);
-    for (unsigned value = 1; value <= 100; ++value)
-        for (const char* handle : {"a", "b", "c"}) tell(handle, value);
-    message.send(&hub);
-    EXPECT_EQ(counters().waiting.messages, 6u);
-    std::istringstream stream(rest());
-    std::vector<std::string> got;
-    for (Varnex::Event* raw = nullptr; Varnex::Event::receive(stream, raw);) {
-        const std::unique_ptr<Varnex::Event> event(raw);
-        const auto* const handled = dynamic_cast<Varnex::HandleEvent*>(raw);
-        got.push_back(handled ? handled->getHandle() + std::to_string(handled->getValue()) : "message");
-    }
-    // Older ones only where they were on their way already.
-    EXPECT_THAT(got, testing::IsSupersetOf({"a100", "b100", "c100", "message"}));
-    EXPECT_LE(got.size(), 6u);
 }
 
 TEST_F(SendPolicyTest, OrIsDisconnected) {

@@ -10,9 +10,7 @@ struct StressTest : HubFixture, testing::WithParamInterface<Varnex::SendPolicy::
 };
 
 TEST_P(StressTest, NothingIsLostDoubledOrStuck) {
-    Varnex::SendPolicy policy;
-    policy.mode = GetParam();
-    hub.setSendPolicy(policy);
+    hub.setSendPolicy({.mode = GetParam()});
     for (int i = 0; i < kConnections; ++i) add();
 
     std::atomic<bool> done = false;

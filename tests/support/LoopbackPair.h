@@ -36,3 +36,10 @@ inline std::string received(Varnex::Receiver& from, int n = 100) {
     std::string bytes(static_cast<std::size_t>(n), ' ');
     return from.receive(bytes.data(), n) ? bytes.substr(0, static_cast<std::size_t>(n)) : "(failed)";
 }
+
+/// All that arrives until `size` bytes have, or the stream ends.
+inline std::string receivedAll(Varnex::Receiver& from, std::size_t size) {
+    std::string all, part;
+    while (all.size() < size && !(part = received(from, static_cast<int>(size - all.size()))).empty()) all += part;
+    return all;
+}

@@ -41,12 +41,6 @@ std::string wireOf(const char* text) {
     return wire.str();
 }
 
-std::string receivedAll(Varnex::Receiver& from, std::size_t size) {
-    std::string all, part;
-    while (all.size() < size && !(part = received(from, static_cast<int>(size - all.size()))).empty()) all += part;
-    return all;
-}
-
 /// The next line that has this part; empty at the end.
 std::string lineWith(Process& process, const std::string& part, Process::Stream stream = Process::Output) {
     std::string line;
