@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <limits>
+#include <utility>
 
 namespace Varnex {
 
@@ -11,7 +12,7 @@ void URLStreamHandlerBuf::Closer::operator()(QX_URLStream* stream) const {
     std::free(stream);
 }
 
-URLStreamHandlerBuf::URLStreamHandlerBuf(QX_URLStream* stream) : stream_(stream) {}
+URLStreamHandlerBuf::URLStreamHandlerBuf(OwnedStream stream) : stream_(std::move(stream)) {}
 
 URLStreamHandlerBuf::~URLStreamHandlerBuf() = default;
 

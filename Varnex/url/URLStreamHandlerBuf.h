@@ -12,7 +12,13 @@ namespace Varnex {
 /// Reads a stream of the C interface, which it owns.
 class URLStreamHandlerBuf : public BlockBuf {
 public:
-    explicit URLStreamHandlerBuf(QX_URLStream* stream);
+    /// Closes a stream and frees its record.
+    struct Closer {
+        void operator()(QX_URLStream* stream) const;
+    };
+    using OwnedStream = std::unique_ptr<QX_URLStream, Closer>;
+
+    explicit URLStreamHandlerBuf(OwnedStream stream);
     ~URLStreamHandlerBuf() override;
 
 protected:
@@ -20,11 +26,7 @@ protected:
     std::streamsize receive(char* s, std::streamsize n) override;
 
 private:
-    struct Closer {
-        void operator()(QX_URLStream* stream) const;
-    };
-
-    std::unique_ptr<QX_URLStream, Closer> stream_;
+    OwnedStream stream_;
 };
 
 }  // namespace Varnex

@@ -57,9 +57,10 @@ URLImpl::Stream* URLStreamHandlerImpl::open() const {
     checkPolicy();
     URLPolicy::getCurrent()->checkHost(orEmpty(url_->host));
     if (url_->handler->open == nullptr) throw Exception("");
-    QX_URLStream* const stream = url_->handler->open(url_.get());
-    if (stream == nullptr) throw Exception("");
-    auto buffer = std::make_unique<URLStreamHandlerBuf>(stream);
+    URLStreamHandlerBuf::OwnedStream owned(url_->handler->open(url_.get()));
+    if (owned == nullptr) throw Exception("");
+    QX_URLStream* const stream = owned.get();
+    auto buffer = std::make_unique<URLStreamHandlerBuf>(std::move(owned));
     if (stream->start != nullptr) stream->start(stream);
     const int length = stream->getContentLength == nullptr ? -1 : stream->getContentLength(stream);
     return makeStream(std::move(buffer), mimeTypeOf(stream, *url_.get()), length);

@@ -32,7 +32,7 @@ public:
     Draft& operator=(const Draft&) = delete;
     ~Draft() {
         for (const auto part : kParts)
-            if (url_.*part != original_.*part) std::free(url_.*part);
+            if (!isShared(url_.*part)) std::free(url_.*part);
         if (url_.scheme != scheme_.get()) std::free(url_.scheme);
     }
 
@@ -45,8 +45,8 @@ public:
     /// The parts that are new go to `target`, those that are shared as copies.
     void moveTo(QX_URL& target) {
         for (const auto part : kParts) {
-            if (url_.*part != original_.*part)
-                target.*part = std::exchange(url_.*part, original_.*part);
+            if (!isShared(url_.*part))
+                target.*part = std::exchange(url_.*part, nullptr);
             else if (url_.*part != nullptr)
                 target.*part = copyOf(url_.*part).release();
         }
@@ -54,6 +54,11 @@ public:
     }
 
 private:
+    /// Whether it belongs to the original, in whichever part it is now.
+    [[nodiscard]] bool isShared(const char* text) const {
+        return std::any_of(std::begin(kParts), std::end(kParts), [&](auto part) { return original_.*part == text; });
+    }
+
     const QX_URL& original_;
     QX_URL url_;
     CText scheme_;

@@ -121,6 +121,11 @@ TEST_F(HandlerTest, ItParsesAndPrintsItself) {
     EXPECT_FALSE(make("!", url));
     handler.toString = [](QX_URL*) -> char* { return nullptr; };
     EXPECT_EQ(printed(url), "x://:3abc");
+    handler.parseURL = [](QX_URL* copy, const char*, int, int) {
+        copy->query = copy->path;  // still the base's
+        return 0;
+    };
+    EXPECT_EQ(printed(make("y", url)), "x://:3abc?abc");
 }
 
 TEST_F(HandlerTest, OpensAndStreams) {
