@@ -223,6 +223,10 @@ TEST(StreamBufTest, UnreadInputAnswersBeforeTheReceiver) {
     char c;
     EXPECT_EQ(buffer.sgetn(&c, 1), 1);
     EXPECT_EQ(c, 'b');
+    for (const char unread : {'c', 'd'}) EXPECT_EQ(buffer.sbumpc(), unread);
+    wire.bytes = "gh";
+    buffer.breakWait();
+    for (const int next : {kEof, int{'g'}}) EXPECT_EQ(buffer.sgetc(), next);  // it ends one read
 }
 
 TEST(StreamBufTest, SendAndReceiveGoPastTheBuffers) {

@@ -1,7 +1,7 @@
 #include "Process.h"
 
-#include <Varnex/url/QX_URLStreamHandler.h>
 #include <tests/support/LoopbackPair.h>
+#include <tests/support/ScriptedScheme.h>
 #include <tests/support/SerialPair.h>
 #include <tests/support/TestFolder.h>
 #include <tools/varnex/Failure.h>
@@ -10,7 +10,6 @@
 
 #include <gmock/gmock.h>
 
-#include <cstdlib>
 #include <filesystem>
 
 #include <sys/ioctl.h>
@@ -31,27 +30,6 @@ TEST(TransferStatusTest, TellsWhatIsKnown) {
 
 namespace {
 
-/// What a resource of the scheme "broken" delivers before it throws, if it does.
-struct Script {
-    int length = -1;
-    std::string content;
-    const char* error = nullptr;
-    bool opens = true;
-} script;
-
-QX_URLStream* openScript(QX_URL*) {
-    if (!script.opens) return nullptr;
-    auto* const stream = static_cast<QX_URLStream*>(std::calloc(1, sizeof(QX_URLStream)));
-    stream->getContentLength = [](QX_URLStream*) { return script.length; };
-    stream->read = [](QX_URLStream*, void* destination, int count) {
-        const auto n = script.content.copy(static_cast<char*>(destination), static_cast<std::size_t>(count));
-        script.content.erase(0, n);
-        if (n == 0 && script.error != nullptr) throw Varnex::URLImpl::Exception(script.error);
-        return static_cast<int>(n);
-    };
-    return stream;
-}
-
 std::string readAll() {
     std::string all;
     try {
@@ -66,11 +44,9 @@ std::string readAll() {
 }  // namespace
 
 TEST(UrlSourceTest, TellsATornOrShortResourceFromAWholeOne) {
-    QX_URLStreamHandler handler{};
-    handler.open = &openScript;
-    QX_URLStreamHandlerFactory_registerHandler("broken", &handler);
+    const ScriptedScheme broken("broken");
     const std::string block(65536, 'x');
-    const std::pair<Script, const char*> cases[] = {
+    const std::pair<ResourceScript, const char*> cases[] = {
         {{-1, block + "x"}, "65537"},
         {{5, "hello"}, "5"},
         {{10, "hello"}, "5 \"broken:a\": ended after 5 of 10 bytes"},
@@ -82,7 +58,6 @@ TEST(UrlSourceTest, TellsATornOrShortResourceFromAWholeOne) {
         script = source;
         EXPECT_EQ(readAll(), expected);
     }
-    QX_URLStreamHandlerFactory_unregisterHandler("broken", &handler);
 }
 
 TEST(UrlCommandTest, PrintsOrSaysInOneLineWhatIsWrong) {

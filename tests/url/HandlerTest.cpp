@@ -1,4 +1,3 @@
-#include <Varnex/url/QX_URLStreamHandler.h>
 #include <Varnex/url/URL.h>
 #include <Varnex/url/URLFile.h>
 #include <Varnex/url/URLMemory.h>
@@ -6,12 +5,12 @@
 #include <Varnex/url/URLProtocol.h>
 #include <Varnex/url/URLShaderCG.h>
 #include <Varnex/url/URLStream.h>
+#include <tests/support/ScriptedScheme.h>
 #include <tests/support/ThrowsText.h>
 
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <vector>
@@ -20,38 +19,6 @@ using namespace Varnex;
 using testing::Test;
 
 namespace {
-
-/// What the streams of a registered scheme deliver, and what was asked of them.
-struct Script {
-    std::string content, log;
-    int length = -1, lie = 0;  // `lie`: what `read` answers instead, unless 0
-    std::vector<int> asked;
-} script;
-
-int readScript(QX_URLStream*, void* destination, int count) {
-    script.asked.push_back(count);
-    if (script.lie != 0) return script.lie;
-    const std::size_t n = script.content.copy(static_cast<char*>(destination), static_cast<std::size_t>(count));
-    script.content.erase(0, n);
-    return static_cast<int>(n);
-}
-
-QX_URLStream* newStream() {
-    return static_cast<QX_URLStream*>(std::calloc(1, sizeof(QX_URLStream)));
-}
-
-QX_URLStream* openScript(QX_URL* url) {
-    script.log += std::string("open ") + (url->path == nullptr ? "" : url->path);
-    QX_URLStream* const stream = newStream();
-    stream->start = [](QX_URLStream*) { script.log += " start"; };
-    stream->getContentLength = [](QX_URLStream*) {
-        script.log += " length";
-        return script.length;
-    };
-    stream->read = &readScript;
-    stream->close = [](QX_URLStream*) { script.log += " close"; };
-    return stream;
-}
 
 class HandlerTest : public Test {
 protected:
@@ -152,7 +119,7 @@ TEST_F(HandlerTest, OpensAndStreams) {
 TEST_F(HandlerTest, WholeResources) {
     handler.open = &openScript;
     const auto read = [](std::size_t size, int length) {
-        script = {std::string(size, 'a'), "", length, 0, {}};
+        script = {length, std::string(size, 'a')};
         return make("x:")->read2mem();
     };
     const URLImpl::Memory empty = read(5, 0);
@@ -217,7 +184,7 @@ TEST_F(HandlerTest, NullsAndLiesDoNoHarm) {
     handler.open = &openScript;
     script.lie = -5;
     EXPECT_EQ(make("x:")->read2mem().getSize(), 0);
-    script = {"", "", 100000, 1 << 30, {}};
+    script = {.length = 100000, .lie = 1 << 30};
     EXPECT_EQ(make("x:")->read2mem().getSize(), 100000);
     script.length = INT_MIN;
     std::unique_ptr<URLImpl::Stream> stream(make("x:")->open());

@@ -1,9 +1,9 @@
-#include <Varnex/url/QX_URLStreamHandler.h>
 #include <Varnex/url/URLLocalFile.h>
 #include <Varnex/url/URLMemory.h>
 #include <Varnex/url/URLPolicy.h>
 #include <Varnex/url/URLStream.h>
 #include <Varnex/url/URLZip.h>
+#include <tests/support/ScriptedScheme.h>
 #include <tests/support/TestFolder.h>
 #include <tests/support/ThrowsText.h>
 #include <tests/url/Deflate.h>
@@ -195,35 +195,9 @@ TEST_F(ZipTest, AReplacedArchiveIsNoticed) {
     EXPECT_EQ(content(member("a")), "! Open error - cannot open file");
 }
 
-/// Serves an archive as from a network: in one direction.
-struct Remote {
-    static int read(QX_URLStream*, void* destination, int count) {
-        const std::size_t n = rest.copy(static_cast<char*>(destination), static_cast<std::size_t>(count));
-        rest.erase(0, n);
-        return static_cast<int>(n);
-    }
-    static QX_URLStream* open(QX_URL*) {
-        ++opened;
-        rest = archive;
-        auto* const stream = static_cast<QX_URLStream*>(std::calloc(1, sizeof(QX_URLStream)));
-        stream->read = &Remote::read;
-        return stream;
-    }
-    Remote() {
-        handler.open = &Remote::open;
-        QX_URLStreamHandlerFactory_registerHandler("remote", &handler);
-        opened = 0;
-    }
-    ~Remote() { QX_URLStreamHandlerFactory_unregisterHandler("remote", &handler); }
-
-    QX_URLStreamHandler handler{};
-    static inline std::string archive, rest;
-    static inline int opened = 0;
-};
-
 TEST_F(ZipTest, OneCopyOfARemoteArchiveServesAllMembers) {
-    const Remote remote;
-    Remote::archive = zip({{"a", long_}, {"b", "B"}});
+    const ScriptedScheme remote("remote");
+    script.content = zip({{"a", long_}, {"b", "B"}});
     const auto before = TestFolder::temporaryFiles();
     const auto remoteMember = [](const std::string& name) { return URL::resolve({}, "zip:remote://[::1]/x!/" + name); };
     for (int i = 0; i < 2; ++i) {
@@ -231,7 +205,7 @@ TEST_F(ZipTest, OneCopyOfARemoteArchiveServesAllMembers) {
         EXPECT_EQ(content(remoteMember("b")), "B");
         EXPECT_EQ(content(remoteMember("c")), "! Zip does not contain file");
     }
-    EXPECT_EQ(Remote::opened, 1);
+    EXPECT_EQ(script.opened, 1);
     EXPECT_EQ(TestFolder::temporaryFiles(), before + 1);
     auto policy = std::make_shared<URLPolicy>();
     policy->setPublicHostsOnly(true);
@@ -246,7 +220,7 @@ TEST_F(ZipTest, OneCopyOfARemoteArchiveServesAllMembers) {
     URLZip::clearCache();
     EXPECT_EQ(TestFolder::temporaryFiles(), before);
     EXPECT_EQ(open->get(), long_[0]);
-    Remote::archive.resize(100);
+    script.content.resize(100);
     EXPECT_EQ(content(remoteMember("a")), "! Cannot find end of central directory");
     EXPECT_EQ(TestFolder::temporaryFiles(), before);
 }
@@ -272,17 +246,17 @@ TEST_F(ZipTest, LimitsCanBeSet) {
     EXPECT_EQ(content(member("a")), "! Open error - larger than the URL policy allows");
     URLPolicy::setCurrent(nullptr);
 
-    const Remote remote;
-    Remote::archive = zip({{"a", "x"}});
+    const ScriptedScheme remote("remote");
+    script.content = zip({{"a", "x"}});
     const auto open = [](const std::string& host) { return content(URL::resolve({}, "zip:remote://" + host + "!/a")); };
     URLZip::setCacheSize(2);
     for (const char* const host : {"1", "2", "1", "3", "1"}) EXPECT_EQ(open(host), "x");
-    EXPECT_EQ(Remote::opened, 3);
+    EXPECT_EQ(script.opened, 3);
     open("2");
-    EXPECT_EQ(Remote::opened, 4);
+    EXPECT_EQ(script.opened, 4);
     URLZip::setCacheSize(0);
     for (int i = 0; i < 2; ++i) open("2");
-    EXPECT_EQ(Remote::opened, 6);
+    EXPECT_EQ(script.opened, 6);
     URLZip::setCacheSize(URLZip::kDefaultCacheSize);
 }
 
