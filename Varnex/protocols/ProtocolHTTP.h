@@ -90,7 +90,7 @@ public:
     bool sendReply(const Reply& reply);
     bool sendBody(const void* data, int length);
     /// One chunk; a length of 0 ends the body. Not the standard's coding: no line end follows the data. The numbers of
-    /// the stream stay hexadecimal. `ChunkedWriter` keeps to the standard.
+    /// the stream stay hexadecimal.
     bool sendChunkedBody(const void* data, int length);
 
     // False: malformed, over a limit, or the stream ended; the header is empty then.
