@@ -2,6 +2,9 @@
 // set of characters that codes leave alone; byte 3 where decoding ends.
 
 #include <Varnex/url/URL.h>
+#include <Varnex/url/URLData.h>
+#include <Varnex/url/URLMemory.h>
+#include <Varnex/url/URLStream.h>
 #include <fuzz/Pieces.h>
 
 using namespace Varnex;
@@ -57,6 +60,29 @@ void checkPaths(const std::string& path, const std::string& base) {
     Fuzz::check(back == goal);
 }
 
+std::string_view bytesOf(const URLImpl::Memory& memory) {
+    return {memory.getData(), static_cast<std::size_t>(memory.getSize())};
+}
+
+/// The text is what follows "data:". It is refused only without a comma, and what is printed gives the same again.
+void checkData(const std::string& text) try {
+    const URL url(URLData::createAbsolute("data", text));
+    const URLImpl::Memory memory = url->read2mem();
+    const std::unique_ptr<URLImpl::Stream> stream(url->open());
+    Fuzz::check(stream->getContentLength() == memory.getSize() && stream->getMimeType() == memory.getMimeType());
+    Fuzz::check(Fuzz::read(*stream->rdbuf(), Fuzz::Sizes(Fuzz::kLargest)) == bytesOf(memory));
+
+    const std::string printed = url->toString();
+    const bool isBase64 = printed.find(";base64,") < printed.find(',');
+    if (!isBase64 && text.find('\0') != std::string::npos) return;  // prints as "%00", which stays
+    const URL again = URL::resolve({}, printed);
+    const URLImpl::Memory same = again->read2mem();
+    Fuzz::check(bytesOf(same) == bytesOf(memory) && same.getMimeType() == memory.getMimeType());
+    Fuzz::check(again->toString() == printed);
+} catch (const URLImpl::Exception&) {
+    Fuzz::check(text.find(',') == std::string::npos);
+}
+
 void checkInput(std::uint8_t choice, Fuzz::Sizes sizes, std::string_view input) {
     const std::string front(input.substr(0, sizes[1])), text(input.substr(front.size())), whole(input);
     for (const std::string& part : {text, whole}) {
@@ -64,6 +90,7 @@ void checkInput(std::uint8_t choice, Fuzz::Sizes sizes, std::string_view input) 
         checkResolving(*URL::resolve({}, kBases[choice >> 1 & 7]), part);
     }
     checkPaths(text, front);
+    checkData(whole);
 }
 
 }  // namespace
