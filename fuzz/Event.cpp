@@ -7,9 +7,8 @@
 #include <Varnex/transport/DatagramCommunicator.h>
 #include <Varnex/transport/Diagnostics.h>
 #include <fuzz/Pieces.h>
+#include <tests/support/EventWire.h>
 #include <tests/support/Scripted.h>
-
-#include <sstream>
 
 using namespace Varnex;
 
@@ -29,18 +28,12 @@ struct OneDatagram : DatagramCommunicator {
     }
 };
 
-std::string wireBytes(Event& event) {
-    std::ostringstream wire;
-    wire << event;
-    return wire.str();
-}
-
 void checkRoundTrip(Event& event) {
-    const std::string bytes = wireBytes(event);
+    const std::string bytes = wireOf(event);
     Event* again = nullptr;
     Fuzz::check(Event::parse(bytes.data(), static_cast<int>(bytes.size()), again));
     const std::unique_ptr<Event> owner(again);
-    Fuzz::check(wireBytes(*again) == bytes && again->getTag() == event.getTag());
+    Fuzz::check(wireOf(*again) == bytes && again->getTag() == event.getTag());
 }
 
 void readAll(Receiver& receiver, std::ostream& log) {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <Varnex/events/Event.h>
 #include <tests/support/CapturedDiagnostics.h>
+#include <tests/support/EventWire.h>
 #include <tests/support/Scripted.h>
 
 #include <gtest/gtest.h>
@@ -9,7 +9,6 @@
 #include <atomic>
 #include <functional>
 #include <memory>
-#include <sstream>
 
 /// The bytes of hexadecimal digits, which may stand in groups.
 inline std::string bytesOf(std::string hex) {
@@ -18,12 +17,6 @@ inline std::string bytesOf(std::string hex) {
     for (std::size_t i = 0; i < hex.size(); i += 2)
         bytes += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
     return bytes;
-}
-
-inline std::string wireOf(Varnex::Event& event) {
-    std::ostringstream wire;
-    wire << event;
-    return wire.str();
 }
 
 /// The event that `bytes` hold, or null. They lie in a block of exactly their size: a sanitizer sees reads past its

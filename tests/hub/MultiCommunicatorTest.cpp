@@ -1,31 +1,30 @@
 #include <Varnex/hub/CommThread.h>
 #include <tests/hub/HubFixture.h>
+#include <tests/support/Scripted.h>
 
 #include <semaphore>
 
 /// Nothing ever arrives; sends take at most `takes` bytes, or fail.
-struct DeafConnection : Communicator {
+struct DeafConnection : ScriptedCommunicator {
     int takes;
-    std::string taken;
     bool* deleted;
     std::counting_semaphore<> broken{0};
 
-    explicit DeafConnection(int takesAtMost, bool* flag = nullptr) : takes(takesAtMost), deleted(flag) {}
+    explicit DeafConnection(int takesAtMost, bool* flag = nullptr) : takes(takesAtMost), deleted(flag) {
+        stalls = true;
+    }
     ~DeafConnection() override {
         if (deleted != nullptr) *deleted = true;
     }
-    bool close() override { return true; }
     using Sender::send;
     bool send(const void* data, int& n) override {
         n = std::min(n, takes);
         if (n > 0) taken.append(static_cast<const char*>(data), static_cast<std::size_t>(n));
         return takes >= 0;
     }
-    bool receive(void*, int&) override { return false; }
     bool waitForData() override { return broken.acquire(), false; }
     int waitForData(int) override { return broken.try_acquire() ? 1 : 3; }
     void breakWait() override { broken.release(); }
-    bool dataAvail(int& n) override { return n = 0, true; }
 };
 
 using MultiCommunicatorTest = HubFixture;

@@ -1,10 +1,10 @@
 #include <Varnex/events/TranslationEvent.h>
 #include <Varnex/hub/SendQueue.h>
 #include <tests/hub/HubFixture.h>
+#include <tests/support/EventWire.h>
 
 #include <map>
 #include <random>
-#include <sstream>
 
 using Varnex::Chunk;
 using Varnex::SendPolicy;
@@ -31,9 +31,8 @@ TEST(SendQueueTest, TheNewestStateOfEachObjectSurvivesWhateverTheConnectionTakes
         std::string wire;
         unsigned long long pushed = 0;
         const auto pushEvent = [&](Varnex::Event&& event) {
-            std::ostringstream bytes;
-            bytes << event;
-            queue.push({bytes.str().data(), static_cast<int>(bytes.str().size())});
+            const std::string bytes = wireOf(event);
+            queue.push({bytes.data(), static_cast<int>(bytes.size())});
         };
         const auto push = [&] {
             Varnex::TranslationEvent state(std::string(1 + random() % 4, 'k').c_str());

@@ -2,14 +2,13 @@
 
 #include <Varnex/events/MessageEvent.h>
 #include <Varnex/transport/UDP.h>
+#include <tests/support/EventWire.h>
 #include <tests/support/LoopbackPair.h>
 #include <tests/support/NetworkNamespace.h>
 #include <tests/support/SerialPair.h>
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
-
-#include <sstream>
 
 using nlohmann::json;
 using testing::HasSubstr;
@@ -34,13 +33,6 @@ struct Hub : Serving {
     }
 };
 
-std::string wireOf(const char* text) {
-    Varnex::MessageEvent event(3, text);
-    std::ostringstream wire;
-    wire << event;
-    return wire.str();
-}
-
 /// The next line that has this part; empty at the end.
 std::string lineWith(Process& process, const std::string& part, Process::Stream stream = Process::Output) {
     std::string line;
@@ -54,13 +46,14 @@ const std::string kUnknown = std::string("VX01\0\x03\0\0\x7F\x7F\0\x07", 12) + s
 TEST(HubCommandTest, RelaysEventsOfAnyTypeToTheOthersAndDropsGarbageAlone) {
     Hub hub("--port 0 --json --status 0.02");
     const auto sender = hub.connect(), garbler = hub.connect(), reader = hub.connect(), second = hub.connect();
-    const std::string events = wireOf("one") + kUnknown + wireOf("two");
+    Varnex::MessageEvent one(3, "one"), two(3, "two"), third(3, "answer");
+    const std::string events = wireOf(one) + kUnknown + wireOf(two), answer = wireOf(third);
     ASSERT_TRUE(sends(*sender, events) && sends(*garbler, "this is no event"));
     EXPECT_THAT(hub.text(Process::Error), HasSubstr(" dropped: wrong magic"));
     for (const auto& other : {reader.get(), second.get()}) EXPECT_TRUE(receivedAll(*other, events.size()) == events);
-    ASSERT_TRUE(sends(*reader, wireOf("answer")));
+    ASSERT_TRUE(sends(*reader, answer));
     for (const auto& other : {sender.get(), second.get()})
-        EXPECT_EQ(receivedAll(*other, wireOf("answer").size()), wireOf("answer")) << "and nothing came back before";
+        EXPECT_EQ(receivedAll(*other, answer.size()), answer) << "and nothing came back before";
     EXPECT_TRUE(sends(*second, events.substr(0, 10)) && second->close());
     EXPECT_THAT(hub.text(Process::Error), HasSubstr(" closed"));
     json status, expected{{1, 1, 0}, {1, 3, 0}};

@@ -39,19 +39,3 @@ TEST_F(BufferedCommunicatorTest, LargeReceivesGoStraightAndCloseForgetsUnreadByt
     EXPECT_EQ(received(buffered, 1), "x");
     EXPECT_TRUE(buffered.close() && inner.closed && !buffered.dataAvail(n));
 }
-
-TEST(SenderTest, ChunksAreSentOneByOneUpToTheFirstThatIsNotTakenWhole) {
-    const auto send = [](int count, int takeAtMost, int failSend) {
-        const Varnex::Chunk chunks[] = {{"ab", 2}, {"cdef", 4}, {"g", 1}};
-        ScriptedSender sender;
-        sender.takeAtMost = takeAtMost;
-        sender.failSend = failSend;
-        int sent = -1;
-        const char* const end = sender.send(chunks, count, sent) ? "" : " failed";
-        return sender.sent() + " " + std::to_string(sent) + end;
-    };
-    EXPECT_EQ(send(3, -1, 0), "abcdefg 7");
-    EXPECT_EQ(send(3, 2, 0), "abcd 4");
-    EXPECT_EQ(send(3, -1, 2), "ab 2 failed");
-    EXPECT_EQ(send(-1, -1, 0), " 0");
-}
