@@ -4,33 +4,19 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <memory>
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
-namespace {
-
-// The block has the exact size of the input, so that a sanitizer sees any read past the end.
-void runOnce(const std::vector<char>& input) {
-    const auto block = std::make_unique<std::uint8_t[]>(input.size());
-    std::copy(input.begin(), input.end(), block.get());
-    LLVMFuzzerTestOneInput(block.get(), input.size());
-}
-
-std::vector<char> contentsOf(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
-}  // namespace
-
 int main(int count, char** arguments) {
     int seeds = 0;
-    runOnce({});
+    LLVMFuzzerTestOneInput(nullptr, 0);
     for (int i = 1; i < count; ++i) {
         for (const auto& entry : std::filesystem::directory_iterator(arguments[i])) {
-            runOnce(contentsOf(entry.path()));
+            std::ifstream file(entry.path(), std::ios::binary);
+            std::vector<std::uint8_t> input(std::istreambuf_iterator<char>(file), {});
+            input.shrink_to_fit();  // so that a sanitizer sees any read past the end
+            LLVMFuzzerTestOneInput(input.data(), input.size());
             ++seeds;
         }
     }

@@ -172,70 +172,58 @@ TEST(SchemesTest, PartsAreDecoded) {
 }
 
 TEST(SchemesTest, SameFileAndDomain) {
-    struct Case {
-        std::string one, other;
-        bool sameFile, sameDomain;
-    };
-    const Case cases[] = {{"file:///a%41", "file:///aA#f", true, true},
-                          {"file:///a/../b", "file:///b", false, true},
-                          {"file://S/a", "file://%73/a", true, true},
-                          {"file://s/a", "file:///a", false, false},
-                          {"http://H/a?q", "http://h:80/%61", true, true},
-                          {"http://h/a", "https://h/a", false, false},
-                          {"http://h/a", "http://h:81/a", false, false},
-                          {"ftp://h/a", "http://h:21/a", false, false},
-                          {"file:///a", "data:,x", false, false},
-                          {"zip:file:///a!/b", "jar:file:///%61!/b", true, true},
-                          {"zip:file:///a!/b", "zip:file:///c!/b", false, true}};
-    for (const Case& c : cases) {
-        const URL one = make(c.one), other = make(c.other);
-        EXPECT_EQ(one->refersToSameFileAs(*other), c.sameFile) << c.one << " " << c.other;
-        EXPECT_EQ(one->refersToSameDomainAs(*other), c.sameDomain) << c.one << " " << c.other;
-        EXPECT_EQ(other->refersToSameFileAs(*one), c.sameFile) << c.one << " " << c.other;
+    const std::tuple<std::string, std::string, bool, bool> cases[] = {
+        {"file:///a%41", "file:///aA#f", true, true},
+        {"file:///a/../b", "file:///b", false, true},
+        {"file://S/a", "file://%73/a", true, true},
+        {"file://s/a", "file:///a", false, false},
+        {"http://H/a?q", "http://h:80/%61", true, true},
+        {"http://h/a", "https://h/a", false, false},
+        {"http://h/a", "http://h:81/a", false, false},
+        {"ftp://h/a", "http://h:21/a", false, false},
+        {"file:///a", "data:,x", false, false},
+        {"zip:file:///a!/b", "jar:file:///%61!/b", true, true},
+        {"zip:file:///a!/b", "zip:file:///c!/b", false, true}};
+    for (const auto& [text, otherText, sameFile, sameDomain] : cases) {
+        const URL one = make(text), other = make(otherText);
+        EXPECT_EQ(one->refersToSameFileAs(*other), sameFile) << text << " " << otherText;
+        EXPECT_EQ(one->refersToSameDomainAs(*other), sameDomain) << text << " " << otherText;
+        EXPECT_EQ(other->refersToSameFileAs(*one), sameFile) << text << " " << otherText;
     }
 }
 
 TEST(SchemesTest, FtpTypeCodes) {
-    struct Case {
-        std::string path, rest;
-        char code;
-        bool known;
-    };
-    const Case cases[] = {{"/a;type=a", "/a", 'a', true},
-                          {";type=i", "", 'i', true},
-                          {"/a;type=d", "/a;type=d", 'x', false},
-                          {"/a;type=A", "/a;type=A", 'x', false},
-                          {"type=i", "type=i", 0, true},
-                          {"/a;type=ab", "/a;type=ab", 0, true},
-                          {"", "", 0, true}};
-    for (const Case& c : cases) {
-        std::string path = c.path;
+    const std::tuple<std::string, std::string, char, bool> cases[] = {{"/a;type=a", "/a", 'a', true},
+                                                                      {";type=i", "", 'i', true},
+                                                                      {"/a;type=d", "/a;type=d", 'x', false},
+                                                                      {"/a;type=A", "/a;type=A", 'x', false},
+                                                                      {"type=i", "type=i", 0, true},
+                                                                      {"/a;type=ab", "/a;type=ab", 0, true},
+                                                                      {"", "", 0, true}};
+    for (const auto& [text, rest, typeCode, known] : cases) {
+        std::string path = text;
         char code = 'x';
-        EXPECT_EQ(URLFTP::parseTypeCode(path, code), c.known) << c.path;
-        EXPECT_EQ(path, c.rest);
-        EXPECT_EQ(code, c.code) << c.path;
+        EXPECT_EQ(URLFTP::parseTypeCode(path, code), known) << text;
+        EXPECT_EQ(path, rest);
+        EXPECT_EQ(code, typeCode) << text;
     }
     EXPECT_EQ(make("ftp://h/b;type=i")->getPath(), "/b");
     EXPECT_EQ(make("c;type=a", make("ftp://h/b"))->getPath(), "/c");
 }
 
 TEST(SchemesTest, UrnsAreRecognised) {
-    struct Case {
-        std::string url, prefix, rest;
-        bool isUrn;
-    };
-    const Case cases[] = {{"urn:ISBN:0-395", "isbn:", "0-395", true},
-                          {"urn:ISBN:0-395", "ISBN:", "", false},
-                          {"urn:x%3Ay", "x:", "y", true},
-                          {"urn:x%3Ay", "x", "%3Ay", true},
-                          {"urn:%41%42c", "ab", "c", true},
-                          {"urn:ab", "abc", "", false},
-                          {"urn:", "", "", true},
-                          {"file:///x", "", "", false}};
-    for (const Case& c : cases) {
+    const std::tuple<std::string, std::string, std::string, bool> cases[] = {{"urn:ISBN:0-395", "isbn:", "0-395", true},
+                                                                             {"urn:ISBN:0-395", "ISBN:", "", false},
+                                                                             {"urn:x%3Ay", "x:", "y", true},
+                                                                             {"urn:x%3Ay", "x", "%3Ay", true},
+                                                                             {"urn:%41%42c", "ab", "c", true},
+                                                                             {"urn:ab", "abc", "", false},
+                                                                             {"urn:", "", "", true},
+                                                                             {"file:///x", "", "", false}};
+    for (const auto& [url, prefix, expected, isUrn] : cases) {
         std::string rest = "old";
-        EXPECT_EQ(URLURN::isURN(make(c.url), c.prefix, rest), c.isUrn) << c.url;
-        EXPECT_EQ(rest, c.rest) << c.url;
+        EXPECT_EQ(URLURN::isURN(make(url), prefix, rest), isUrn) << url;
+        EXPECT_EQ(rest, expected) << url;
     }
     std::string rest;
     EXPECT_FALSE(URLURN::isURN(URL(), "", rest));

@@ -127,9 +127,6 @@ TEST_F(ZipTest, ArchivesInArchives) {
 }
 
 TEST_F(ZipTest, DamageIsTold) {
-    struct Case {
-        std::string archive, result;
-    };
     const std::string good = zip({{"a", long_}});
     const auto patched = [&](std::size_t fromEnd, const std::string& bytes) {
         return std::string(good).replace(good.size() - fromEnd, bytes.size(), bytes);
@@ -137,7 +134,7 @@ TEST_F(ZipTest, DamageIsTold) {
     constexpr char kInvalid[] = "! Invalid zip file", kUnsupported[] = "! Unsupported compression method";
     const std::string zip64Locator = "PK\6\7" + std::string(16, '\0');
     const std::size_t directory = 22 + 46 + 1 + 5;  // bytes before the end
-    const Case cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {"", "! Cannot find end of central directory"},
         {"PK\5\6", "! Cannot find end of central directory"},
         {good.substr(0, good.size() - 1), "! Cannot find end of central directory"},
@@ -163,7 +160,7 @@ TEST_F(ZipTest, DamageIsTold) {
         {std::string(good).replace(0, 1, "X"), kInvalid},
         {std::string(good).replace(5000, 99, 99, '\xff'), kInvalid},
     };
-    for (const Case& c : cases) EXPECT_EQ(contentOf(c.archive), c.result) << &c - cases;
+    for (const auto& c : cases) EXPECT_EQ(contentOf(c.first), c.second) << &c - cases;
 }
 
 TEST_F(ZipTest, WhatWasDecodedComesBeforeTheFailure) {
