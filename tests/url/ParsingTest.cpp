@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <climits>
 
 using namespace Varnex;
@@ -218,17 +217,15 @@ TEST(UrlParsingTest, PathsBecomeRelative) {
 }
 
 TEST(UrlParsingTest, LongTextsTakeLinearTime) {
-    const auto start = std::chrono::steady_clock::now();
     for (const char* const piece : {"../", "%", "a/../", "a/", "%25", "./", "//", "@:", "?#"}) {
-        Text path = repeated(piece, 10'000'000), decoded = path, encoded = path;
+        Text path = repeated(piece, 3'000'000), decoded = path, encoded = path;
         URLImpl::Components parts;
         URLImpl::parseURL(path, parts);
         URLImpl::makePathAbsolute(path, "/b/" + decoded);
         URLImpl::makePathRelative(path, "/" + encoded);
         URLImpl::decodeUnsafeCharacters(decoded);
         URLImpl::encodeUnsafeCharacters(encoded);
-    }
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));  // squares would take hours
+    }  // what takes squares of it ends by the time-out
 }
 
 TEST(UrlTest, StrictGrammar) {
