@@ -2,7 +2,6 @@
 
 #include <Varnex/protocols/ProtocolHTTP.h>
 
-#include <algorithm>
 #include <atomic>
 
 namespace Varnex {
@@ -39,11 +38,6 @@ void ProtocolHTTP::setMaxHeader(unsigned long bytes) {
 
 void ProtocolHTTP::setMaxBlankLines(unsigned long lines) {
     maxBlankLines = lines;
-}
-
-std::string_view trimmed(std::string_view text) {
-    text.remove_prefix(std::min(text.find_first_not_of(kLineBlanks), text.size()));
-    return text.substr(0, text.find_last_not_of(kLineBlanks) + 1);
 }
 
 bool readLine(std::istream& stream, std::string& line) {

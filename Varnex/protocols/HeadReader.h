@@ -15,9 +15,6 @@ inline constexpr std::string_view kLineBlanks = " \t\r";
     return line.find_first_not_of(blanks) == std::string_view::npos;
 }
 
-/// Without the blanks at both ends.
-[[nodiscard]] std::string_view trimmed(std::string_view text);
-
 /// Reads a line without its LF, as std::getline does. Longer than the limit: the fail bit.
 bool readLine(std::istream& stream, std::string& line);
 

@@ -2,7 +2,9 @@
 #include <Varnex/protocols/HeadText.h>
 #include <Varnex/protocols/ProtocolHTTP.h>
 #include <Varnex/streams/Hex.h>
+#include <Varnex/streams/Trim.h>
 
+#include <algorithm>
 #include <istream>
 #include <ostream>
 
@@ -102,7 +104,7 @@ std::istream& operator>>(std::istream& stream, ProtocolHTTP::StatusLine& status)
     if (!ProtocolHTTP::parseNumber(line, pos, 10, status.code)) return malformed(stream);
     if (status.code < kFirstCode || status.code > kLastCode) return malformed(stream);
     if (pos < line.size() && !isLineBlank(line[pos])) return malformed(stream);
-    status.phrase = trimmed(std::string_view(line).substr(pos));
+    status.phrase = trimmed(std::string_view(line).substr(pos), kLineBlanks);
     return stream;
 }
 

@@ -2,6 +2,7 @@
 
 #include <Varnex/protocols/HeadReader.h>
 #include <Varnex/protocols/HeadText.h>
+#include <Varnex/streams/Trim.h>
 
 #include <istream>
 #include <ostream>
@@ -29,7 +30,7 @@ public:
         name_ = line_.substr(0, colon);
         name_.erase(name_.find_last_not_of(kLineBlanks) + 1);
         if (name_.empty() || kLineBlanks.find(name_[0]) != std::string_view::npos) return Next::Malformed;
-        value_ = trimmed(std::string_view(line_).substr(colon + 1));
+        value_ = trimmed(std::string_view(line_).substr(colon + 1), kLineBlanks);
         const Next next = readContinuations();
         if (next != Next::Malformed) header_.setParam(name_, value_);
         return next;
@@ -46,7 +47,7 @@ private:
             if (stream_.eof()) break;
             if (kLineBlanks.find(static_cast<char>(next)) == std::string_view::npos) return Next::Line;
             if (!readCounted()) return Next::Malformed;
-            const std::string_view more = trimmed(line_);
+            const std::string_view more = trimmed(line_, kLineBlanks);
             if (more.empty()) return Next::End;
             value_.append(";").append(more);
         }

@@ -1,10 +1,17 @@
 #include <Varnex/streams/Trim.h>
 
+#include <algorithm>
+
 namespace Varnex {
 
+std::string_view trimmed(std::string_view text, std::string_view blanks) {
+    text = text.substr(0, text.find_last_not_of(blanks) + 1);  // npos + 1 is 0: nothing but blanks
+    text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
+    return text;
+}
+
 void trim(std::string& s) {
-    s.erase(s.find_last_not_of(ws) + 1);  // npos + 1 is 0: nothing but white space
-    s.erase(0, s.find_first_not_of(ws));
+    s = std::string(trimmed(s));
 }
 
 }  // namespace Varnex

@@ -1,11 +1,11 @@
 #include <Varnex/url/RegularFile.h>
 
+#include <Varnex/url/CText.h>
 #include <Varnex/url/URLImpl.h>
 #include <Varnex/url/URLPolicy.h>
 
 #include <climits>
 #include <cstdlib>
-#include <memory>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -16,8 +16,7 @@ namespace Varnex {
 namespace {
 
 std::string realPath(const std::string& path) {
-    const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr), &std::free);
-    return real == nullptr ? "" : real.get();
+    return orEmpty(CText(::realpath(path.c_str(), nullptr)).get());
 }
 
 /// Where an open file is, whatever has happened to the path since.

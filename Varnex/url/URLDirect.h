@@ -10,6 +10,8 @@ namespace Varnex {
 /// Base of the URLs that are program text, such as "javascript:print(1)"; the scheme tells the language.
 class VARNEX_API URLDirect : public URLImpl {
 public:
+    /// `text`: the program.
+    explicit URLDirect(std::string text);
     ~URLDirect() override;
 
     [[nodiscard]] std::string getScheme() const override;
@@ -26,9 +28,6 @@ public:
 
     /// The program, as written.
     [[nodiscard]] const std::string& getText() const { return text_; }
-
-protected:
-    explicit URLDirect(std::string text);
 
 private:
     std::string text_;

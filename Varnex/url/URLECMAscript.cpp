@@ -1,12 +1,6 @@
 #include <Varnex/url/URLECMAscript.h>
 
-#include <utility>
-
 namespace Varnex {
-
-URLECMAscript::URLECMAscript(std::string text) : URLDirect(std::move(text)) {}
-
-URLECMAscript::~URLECMAscript() = default;
 
 const char* URLECMAscript::mimeType() const {
     return "application/x-ecmascript";

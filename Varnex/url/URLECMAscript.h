@@ -10,8 +10,7 @@ namespace Varnex {
 /// "ecmascript:" URLs.
 class VARNEX_API URLECMAscript : public URLDirect {
 public:
-    explicit URLECMAscript(std::string text);
-    ~URLECMAscript() override;
+    using URLDirect::URLDirect;
 
     [[nodiscard]] const char* mimeType() const override;
     [[nodiscard]] const char* scheme() const override;

@@ -1,12 +1,6 @@
 #include <Varnex/url/URLJavascript.h>
 
-#include <utility>
-
 namespace Varnex {
-
-URLJavascript::URLJavascript(std::string text) : URLDirect(std::move(text)) {}
-
-URLJavascript::~URLJavascript() = default;
 
 const char* URLJavascript::mimeType() const {
     return "application/x-javascript";

@@ -10,8 +10,7 @@ namespace Varnex {
 /// "javascript:" and "vrmlscript:" URLs; both print as the former.
 class VARNEX_API URLJavascript : public URLDirect {
 public:
-    explicit URLJavascript(std::string text);
-    ~URLJavascript() override;
+    using URLDirect::URLDirect;
 
     [[nodiscard]] const char* mimeType() const override;
     [[nodiscard]] const char* scheme() const override;

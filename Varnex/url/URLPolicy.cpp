@@ -4,6 +4,7 @@
 #include <Varnex/transport/LowerCase.h>
 #include <Varnex/transport/SocketAddress.h>
 #include <Varnex/transport/SystemError.h>
+#include <Varnex/url/CText.h>
 #include <Varnex/url/PublicAddress.h>
 #include <Varnex/url/URLImpl.h>
 #include <Varnex/url/UrlParts.h>
@@ -78,7 +79,7 @@ URLPolicy::~URLPolicy() = default;
 void URLPolicy::setFileRoot(const std::string& folder) {
     fileRoot_.clear();
     if (folder.empty()) return;
-    const std::unique_ptr<char, decltype(&std::free)> path(::realpath(folder.c_str(), nullptr), &std::free);
+    const CText path(::realpath(folder.c_str(), nullptr));
     if (path == nullptr) throw URLImpl::Exception(withErrno("Cannot find folder " + folder, errno));
     fileRoot_ = path.get();
     if (!fileRoot_.ends_with('/')) fileRoot_ += '/';

@@ -1,12 +1,6 @@
 #include <Varnex/url/URLShaderCG.h>
 
-#include <utility>
-
 namespace Varnex {
-
-URLShaderCG::URLShaderCG(std::string text) : URLDirect(std::move(text)) {}
-
-URLShaderCG::~URLShaderCG() = default;
 
 const char* URLShaderCG::mimeType() const {
     return "application/x-shader-cg";

@@ -10,8 +10,7 @@ namespace Varnex {
 /// "cg:" URLs: shader programs.
 class VARNEX_API URLShaderCG : public URLDirect {
 public:
-    explicit URLShaderCG(std::string text);
-    ~URLShaderCG() override;
+    using URLDirect::URLDirect;
 
     [[nodiscard]] const char* mimeType() const override;
     [[nodiscard]] const char* scheme() const override;

@@ -1,12 +1,6 @@
 #include <Varnex/url/URLShaderGLSL.h>
 
-#include <utility>
-
 namespace Varnex {
-
-URLShaderGLSL::URLShaderGLSL(std::string text) : URLDirect(std::move(text)) {}
-
-URLShaderGLSL::~URLShaderGLSL() = default;
 
 const char* URLShaderGLSL::mimeType() const {
     return "application/x-shader-glsl";

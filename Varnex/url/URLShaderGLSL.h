@@ -10,8 +10,7 @@ namespace Varnex {
 /// "glsl:" URLs: shader programs.
 class VARNEX_API URLShaderGLSL : public URLDirect {
 public:
-    explicit URLShaderGLSL(std::string text);
-    ~URLShaderGLSL() override;
+    using URLDirect::URLDirect;
 
     [[nodiscard]] const char* mimeType() const override;
     [[nodiscard]] const char* scheme() const override;

@@ -1,12 +1,6 @@
 #include <Varnex/url/URLShaderHLSL.h>
 
-#include <utility>
-
 namespace Varnex {
-
-URLShaderHLSL::URLShaderHLSL(std::string text) : URLDirect(std::move(text)) {}
-
-URLShaderHLSL::~URLShaderHLSL() = default;
 
 const char* URLShaderHLSL::mimeType() const {
     return "application/x-shader-hlsl";

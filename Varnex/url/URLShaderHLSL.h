@@ -10,8 +10,7 @@ namespace Varnex {
 /// "hlsl:" URLs: shader programs.
 class VARNEX_API URLShaderHLSL : public URLDirect {
 public:
-    explicit URLShaderHLSL(std::string text);
-    ~URLShaderHLSL() override;
+    using URLDirect::URLDirect;
 
     [[nodiscard]] const char* mimeType() const override;
     [[nodiscard]] const char* scheme() const override;

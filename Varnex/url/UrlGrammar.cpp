@@ -1,5 +1,6 @@
 #include <Varnex/url/UrlGrammar.h>
 
+#include <Varnex/streams/Trim.h>
 #include <Varnex/url/CharacterSet.h>
 #include <Varnex/url/PercentCode.h>
 
@@ -99,10 +100,7 @@ HostPort splitHostPort(std::string_view hostport) {
 }
 
 std::string_view trimmed(std::string_view text) {
-    constexpr std::string_view kBlanks = " \t\r\n";
-    text.remove_suffix(text.size() - (text.find_last_not_of(kBlanks) + 1));
-    text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
-    return text;
+    return Varnex::trimmed(text, " \t\r\n");
 }
 
 }  // namespace Varnex::UrlGrammar
