@@ -12,17 +12,33 @@ char lowerCase(char c) {
 
 }  // namespace
 
+ParamBag::ParamBag(ParamBag&& other) noexcept : names_(other.names_) {
+    *this = std::move(other);
+}
+
+ParamBag& ParamBag::operator=(ParamBag&& other) noexcept {
+    names_ = other.names_;
+    params_.swap(other.params_);
+    std::swap(size_, other.size_);
+    index_.swap(other.index_);
+    other.clear();
+    return *this;
+}
+
 ParamBag::~ParamBag() = default;
 
-void ParamBag::setParam(std::string_view name, std::string_view value) {
-    if (const Param* const known = find(name); known != nullptr) {
-        params_[static_cast<std::size_t>(known - params_.data())].second = value;
-        return;
+std::string& ParamBag::setParam(std::string_view name, std::string_view value) {
+    if (const Param* const known = find(name); known != nullptr)
+        return params_[static_cast<std::size_t>(known - params_.data())].second = value;
+    if (size_ < params_.size()) {
+        params_[size_].first = name;
+        params_[size_].second = value;
+    } else {
+        if (params_.empty()) params_.reserve(kReserved);
+        params_.emplace_back(name, value);
     }
-    if (size_ == params_.size()) params_.emplace_back();
-    params_[size_].first = name;
-    params_[size_].second = value;
-    addToIndex(size_++);
+    if (size_ >= kIndexed) addToIndex(size_);
+    return params_[size_++].second;
 }
 
 std::string ParamBag::getParam(std::string_view name, const std::string& otherwise) const {
@@ -35,8 +51,8 @@ void ParamBag::getParams(Params& out) const {
 }
 
 void ParamBag::clear() {
+    if (!index_.empty()) index_.clear();
     size_ = 0;
-    index_.clear();
 }
 
 const ParamBag::Param* ParamBag::find(std::string_view name) const {
@@ -45,14 +61,14 @@ const ParamBag::Param* ParamBag::find(std::string_view name) const {
         return entry == index_.end() ? nullptr : &params_[entry->second];
     }
     for (const Param& param : params())
-        if (isSame(param.first, name)) return &param;
+        if (param.first.size() == name.size() && isSame(param.first, name)) return &param;
     return nullptr;
 }
 
 bool ParamBag::isSame(std::string_view a, std::string_view b) const {
-    if (a.size() != b.size()) return false;
     if (names_ == Names::ByCase) return a == b;
-    return std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) { return lowerCase(x) == lowerCase(y); });
+    // From the end: it is rather the beginning that names of one length have in common.
+    return std::equal(a.rbegin(), a.rend(), b.rbegin(), [](char x, char y) { return lowerCase(x) == lowerCase(y); });
 }
 
 std::string ParamBag::keyOf(std::string_view name) const {
@@ -61,9 +77,8 @@ std::string ParamBag::keyOf(std::string_view name) const {
     return key;
 }
 
-/// Called for each position once it is filled.
+/// Called for each position from the first that needs it on, once it is filled.
 void ParamBag::addToIndex(std::size_t position) {
-    if (position < kIndexed) return;
     const std::size_t first = position == kIndexed ? 0 : position;
     for (std::size_t i = first; i <= position; ++i) index_.emplace(keyOf(params_[i].first), i);
 }

@@ -21,13 +21,15 @@ public:
 
     ParamBag() = default;
     ParamBag(const ParamBag&) = default;
-    ParamBag(ParamBag&&) = default;
+    /// Leaves `other` empty.
+    ParamBag(ParamBag&& other) noexcept;
     ParamBag& operator=(const ParamBag&) = default;
-    ParamBag& operator=(ParamBag&&) = default;
+    ParamBag& operator=(ParamBag&& other) noexcept;
     virtual ~ParamBag();
 
     /// Stores `value`; a name that is there already keeps its place and its spelling.
-    void setParam(std::string_view name, std::string_view value);
+    /// Gives what was stored, valid until the bag changes.
+    std::string& setParam(std::string_view name, std::string_view value);
     /// The value, or `otherwise`.
     [[nodiscard]] std::string getParam(std::string_view name, const std::string& otherwise = {}) const;
     [[nodiscard]] bool hasParam(std::string_view name) const { return find(name) != nullptr; }
@@ -49,7 +51,11 @@ private:
     /// More than this many are found by the index.
     static constexpr std::size_t kIndexed = 32;
 
+    /// Room that the first parameter makes for the next ones: a browser's header has a dozen.
+    static constexpr std::size_t kReserved = 16;
+
     [[nodiscard]] const Param* find(std::string_view name) const;
+    /// Of names that are equally long.
     [[nodiscard]] bool isSame(std::string_view a, std::string_view b) const;
     [[nodiscard]] std::string keyOf(std::string_view name) const;
     void addToIndex(std::size_t position);
