@@ -1,55 +1,17 @@
 // Serialising and parsing one event in memory: nanoseconds and allocations.
 #include "AllocationCounter.h"
+#include "RepeatingConnection.h"
 
 #include <Varnex/events/EventBatch.h>
 #include <Varnex/events/EventReader.h>
 #include <Varnex/events/TranslationRotationEvent.h>
-#include <Varnex/transport/Receiver.h>
-#include <Varnex/transport/Sender.h>
 
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
-#include <cstring>
 #include <memory>
 #include <string>
 
 namespace {
-
-/// Takes everything and keeps nothing.
-class NullSender : public Varnex::Sender {
-public:
-    using Sender::send;
-    bool close() override { return true; }
-    bool send(const void* data, int&) override {
-        benchmark::DoNotOptimize(data);
-        return true;
-    }
-};
-
-/// Delivers the same bytes again and again.
-class RepeatingReceiver : public Varnex::Receiver {
-public:
-    RepeatingReceiver(const char* bytes, int size) : bytes_(bytes, static_cast<std::size_t>(size)) {}
-    bool close() override { return true; }
-    bool receive(void* data, int& n) override {
-        n = std::min(n, static_cast<int>(bytes_.size() - position_));
-        std::memcpy(data, bytes_.data() + position_, static_cast<std::size_t>(n));
-        position_ = (position_ + static_cast<std::size_t>(n)) % bytes_.size();
-        return true;
-    }
-    bool waitForData() override { return true; }
-    int waitForData(int) override { return WaitData; }
-    void breakWait() override {}
-    bool dataAvail(int& n) override {
-        n = static_cast<int>(bytes_.size());
-        return true;
-    }
-
-private:
-    std::string bytes_;
-    std::size_t position_ = 0;
-};
 
 /// The handle is longer than a string keeps without an allocation.
 Varnex::TranslationRotationEvent makeEvent() {
@@ -60,9 +22,9 @@ Varnex::TranslationRotationEvent makeEvent() {
 
 void serialiseAndSend(benchmark::State& state) {
     auto event = makeEvent();
-    NullSender sender;
+    RepeatingConnection connection("");
     const AllocationReport report(state);
-    for (auto _ : state) benchmark::DoNotOptimize(event.send(&sender));
+    for (auto _ : state) benchmark::DoNotOptimize(event.send(&connection));
 }
 BENCHMARK(serialiseAndSend);
 
@@ -95,11 +57,11 @@ void receiveFromReceiver(benchmark::State& state) {
     auto event = makeEvent();
     Varnex::EventBatch bytes;
     bytes.add(event);
-    RepeatingReceiver receiver(bytes.getData(), bytes.getSize());
+    RepeatingConnection connection({bytes.getData(), static_cast<std::size_t>(bytes.getSize())});
     const AllocationReport report(state);
     for (auto _ : state) {
         Varnex::Event* parsed = nullptr;
-        Varnex::Event::receive(&receiver, parsed);
+        Varnex::Event::receive(&connection, parsed);
         delete parsed;
     }
 }
@@ -109,8 +71,8 @@ void readWithEventReader(benchmark::State& state) {
     auto event = makeEvent();
     Varnex::EventBatch bytes;
     bytes.add(event);
-    RepeatingReceiver receiver(bytes.getData(), bytes.getSize());
-    Varnex::EventReader reader(&receiver);
+    RepeatingConnection connection({bytes.getData(), static_cast<std::size_t>(bytes.getSize())});
+    Varnex::EventReader reader(&connection);
     benchmark::DoNotOptimize(reader.read());
     const AllocationReport report(state);
     for (auto _ : state) benchmark::DoNotOptimize(reader.read());

@@ -2,9 +2,7 @@
 #include <Varnex/protocols/HeadText.h>
 #include <Varnex/protocols/ProtocolHTTP.h>
 #include <Varnex/streams/Hex.h>
-#include <Varnex/streams/Trim.h>
 
-#include <algorithm>
 #include <istream>
 #include <ostream>
 
@@ -19,12 +17,29 @@ std::istream& malformed(std::istream& stream) {
     return stream;
 }
 
-bool isLineBlank(char c) {
-    return kLineBlanks.find(c) != std::string_view::npos;
+std::size_t skipWord(std::string_view line, std::size_t from) {
+    while (from < line.size() && !isLineBlank(line[from])) ++from;
+    return from;
 }
 
-std::size_t skipBlanks(const std::string& line, std::size_t from) {
-    return std::min(line.find_first_not_of(kLineBlanks, from), line.size());
+bool readNumber(std::string_view s, std::size_t& pos, unsigned long base, unsigned long& value) {
+    const std::size_t start = pos;
+    value = 0;
+    for (; pos < s.size(); ++pos) {
+        const int digit = hexValue(static_cast<unsigned char>(s[pos]));
+        if (digit < 0 || static_cast<unsigned long>(digit) >= base) break;
+        value = value * base + static_cast<unsigned long>(digit);
+    }
+    return pos > start;
+}
+
+bool readVersion(std::string_view s, std::size_t& pos, ProtocolHTTP::Version& version) {
+    const std::size_t slash = s.find('/', pos);
+    if (slash == std::string_view::npos) return false;
+    version.name = s.substr(pos, slash - pos);
+    pos = slash + 1;
+    if (!readNumber(s, pos, 10, version.major) || pos == s.size() || s[pos] != '.') return false;
+    return readNumber(s, ++pos, 10, version.minor);
 }
 
 /// The fields that a reader fills, as if nothing had been read.
@@ -42,46 +57,35 @@ void reset(ProtocolHTTP::StatusLine& line) {
 }  // namespace
 
 bool ProtocolHTTP::parseNumber(const std::string& s, unsigned long& pos, unsigned long base, unsigned long& value) {
-    const unsigned long start = pos;
-    value = 0;
-    for (; pos < s.size(); ++pos) {
-        const int digit = hexValue(static_cast<unsigned char>(s[pos]));
-        if (digit < 0 || static_cast<unsigned long>(digit) >= base) break;
-        value = value * base + static_cast<unsigned long>(digit);
-    }
-    return pos > start;
+    return readNumber(s, pos, base, value);
 }
 
 bool ProtocolHTTP::parseVersion(const std::string& s, unsigned long& pos, Version& version) {
-    const std::size_t slash = s.find('/', pos);
-    if (slash == std::string::npos) return false;
-    version.name = s.substr(pos, slash - pos);
-    pos = slash + 1;
-    if (!parseNumber(s, pos, 10, version.major) || pos == s.size() || s[pos] != '.') return false;
-    return parseNumber(s, ++pos, 10, version.minor);
+    return readVersion(s, pos, version);
 }
 
 std::istream& operator>>(std::istream& stream, ProtocolHTTP::RequestLine& request) {
     reset(request);
-    std::string line;
-    if (!stream.good() || !readLineAfterBlanks(stream, line)) return stream;
-    const std::size_t method = skipBlanks(line, 0), methodEnd = line.find_first_of(kLineBlanks, method);
-    if (methodEnd == std::string::npos) {
+    LineReader lines(stream);
+    std::string_view line;
+    if (!stream.good() || !lines.readAfterBlanks(line)) return stream;
+    const std::size_t method = skipBlanks(line, 0), methodEnd = skipWord(line, method);
+    if (methodEnd == line.size()) {
         stream.clear(std::ios_base::failbit);  // and no other bit: wanted so
         return stream;
     }
     request.method = line.substr(method, methodEnd - method);
-    const std::size_t uri = skipBlanks(line, methodEnd), uriEnd = line.find_first_of(kLineBlanks, uri);
+    const std::size_t uri = skipBlanks(line, methodEnd), uriEnd = skipWord(line, uri);
     if (uri == line.size()) return malformed(stream);
     request.uri = line.substr(uri, uriEnd - uri);
     request.version.minor = 9;
-    if (uriEnd == std::string::npos) return stream;  // 0.9 of whatever the name was
-    unsigned long version = skipBlanks(line, uriEnd);
+    if (uriEnd == line.size()) return stream;  // 0.9 of whatever the name was
+    std::size_t version = skipBlanks(line, uriEnd);
     if (version == line.size()) {
         request.version.name = "HTTP";
         return stream;
     }
-    if (!ProtocolHTTP::parseVersion(line, version, request.version) || skipBlanks(line, version) < line.size())
+    if (!readVersion(line, version, request.version) || skipBlanks(line, version) < line.size())
         return malformed(stream);
     return stream;
 }
@@ -95,16 +99,17 @@ std::ostream& operator<<(std::ostream& stream, const ProtocolHTTP::RequestLine& 
 
 std::istream& operator>>(std::istream& stream, ProtocolHTTP::StatusLine& status) {
     reset(status);
-    std::string line;
-    if (!stream.good() || !readLineAfterBlanks(stream, line)) return stream;
-    unsigned long pos = skipBlanks(line, 0);
-    if (!ProtocolHTTP::parseVersion(line, pos, status.version)) return malformed(stream);
+    LineReader lines(stream);
+    std::string_view line;
+    if (!stream.good() || !lines.readAfterBlanks(line)) return stream;
+    std::size_t pos = skipBlanks(line, 0);
+    if (!readVersion(line, pos, status.version)) return malformed(stream);
     if (pos == line.size() || !isLineBlank(line[pos])) return malformed(stream);
     pos = skipBlanks(line, pos);
-    if (!ProtocolHTTP::parseNumber(line, pos, 10, status.code)) return malformed(stream);
+    if (!readNumber(line, pos, 10, status.code)) return malformed(stream);
     if (status.code < kFirstCode || status.code > kLastCode) return malformed(stream);
     if (pos < line.size() && !isLineBlank(line[pos])) return malformed(stream);
-    status.phrase = trimmed(std::string_view(line).substr(pos), kLineBlanks);
+    status.phrase = withoutBlanks(line.substr(pos));
     return stream;
 }
 
@@ -145,13 +150,6 @@ std::ostream& operator<<(std::ostream& stream, const ProtocolHTTP::Reply& reply)
     if (!stream.good()) return stream;
     HeadText::write(stream, HeadText::of(reply, reply.header, stream));
     return stream.good() ? HeadText::write(stream, reply.body) : stream;
-}
-
-void ProtocolHTTP::Request::splitQuery() {
-    const std::size_t mark = uri.find('?');
-    if (mark == std::string::npos) return;
-    parseQuery(uri.substr(mark + 1), query);
-    uri.resize(mark);
 }
 
 }  // namespace Varnex

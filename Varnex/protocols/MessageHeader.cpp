@@ -2,7 +2,7 @@
 
 #include <Varnex/protocols/HeadReader.h>
 #include <Varnex/protocols/HeadText.h>
-#include <Varnex/streams/Trim.h>
+#include <Varnex/protocols/TokenCharacters.h>
 
 #include <istream>
 #include <ostream>
@@ -12,52 +12,46 @@ namespace Varnex {
 
 namespace {
 
-/// The characters of a name (RFC 9110, section 5.6.2).
-constexpr std::string_view kNameCharacters =
-    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789!#$%&'*+-.^_`|~";
-
 enum class Next { Line, End, Malformed };
 
 /// Reads the lines of a header one after another.
 class HeaderReader {
 public:
-    HeaderReader(std::istream& stream, MessageHeader& header) : stream_(stream), header_(header) {}
+    HeaderReader(std::istream& stream, MessageHeader& header) : stream_(stream), lines_(stream), header_(header) {}
 
     Next readParam() {
-        if (!readCounted()) return Next::Malformed;
-        const std::size_t colon = line_.find(':');
-        if (colon == std::string::npos) return isBlank(line_) ? Next::End : Next::Malformed;
-        name_ = line_.substr(0, colon);
-        name_.erase(name_.find_last_not_of(kLineBlanks) + 1);
-        if (name_.empty() || kLineBlanks.find(name_[0]) != std::string_view::npos) return Next::Malformed;
-        value_ = trimmed(std::string_view(line_).substr(colon + 1), kLineBlanks);
-        const Next next = readContinuations();
-        if (next != Next::Malformed) header_.setParam(name_, value_);
-        return next;
+        std::string_view line;
+        if (!readCounted(line)) return Next::Malformed;
+        const std::size_t colon = line.find(':');
+        if (colon == std::string_view::npos) return isBlank(line) ? Next::End : Next::Malformed;
+        const std::string_view name = withoutBlanks(line.substr(0, colon));
+        if (name.empty() || isLineBlank(line.front())) return Next::Malformed;
+        return readContinuations(header_.setParam(name, withoutBlanks(line.substr(colon + 1))));
     }
 
 private:
-    bool readCounted() { return readLine(stream_, line_) && limits_.count(line_); }
+    bool readCounted(std::string_view& line) { return lines_.read(line) && limits_.count(line); }
 
     /// An empty one, such as the CR of a blank line, ends the header.
-    Next readContinuations() {
+    Next readContinuations(std::string& value) {
+        std::string_view line;
         while (!stream_.eof()) {
-            const int next = stream_.peek();
+            const int next = lines_.peek();
             if (stream_.fail()) return Next::Malformed;
             if (stream_.eof()) break;
-            if (kLineBlanks.find(static_cast<char>(next)) == std::string_view::npos) return Next::Line;
-            if (!readCounted()) return Next::Malformed;
-            const std::string_view more = trimmed(line_, kLineBlanks);
+            if (!isLineBlank(static_cast<char>(next))) return Next::Line;
+            if (!readCounted(line)) return Next::Malformed;
+            const std::string_view more = withoutBlanks(line);
             if (more.empty()) return Next::End;
-            value_.append(";").append(more);
+            value.append(";").append(more);
         }
         return Next::End;
     }
 
     std::istream& stream_;
+    LineReader lines_;
     MessageHeader& header_;
     HeaderLimits limits_;
-    std::string line_, name_, value_;
 };
 
 }  // namespace
@@ -65,7 +59,7 @@ private:
 MessageHeader::~MessageHeader() = default;
 
 bool MessageHeader::setChecked(std::string_view name, std::string_view value) {
-    if (name.empty() || name.find_first_not_of(kNameCharacters) != std::string_view::npos) return false;
+    if (name.empty() || name.find_first_not_of(kTokenCharacters) != std::string_view::npos) return false;
     if (value.find_first_of(std::string_view("\r\n\0", 3)) != std::string_view::npos) return false;
     setParam(name, value);
     return true;

@@ -16,13 +16,9 @@ namespace {
 constexpr std::string_view kChunkBlanks = " \t";
 
 /// The hexadecimal number at the front of a line; false: none, or more than 32 bits.
-bool parseChunkSize(const std::string& line, std::uint32_t& size) {
-    unsigned long pos = std::min(line.find_first_not_of(kChunkBlanks), line.size()), value = 0;
-    const std::size_t end = std::min(line.find_first_not_of("0123456789ABCDEFabcdef", pos), line.size());
-    const std::size_t significant = std::min(line.find_first_not_of('0', pos), end);
-    if (end - significant > 8 || !ProtocolHTTP::parseNumber(line, pos, 16, value)) return false;
-    size = static_cast<std::uint32_t>(value);
-    return true;
+bool parseChunkSize(std::string_view line, std::uint32_t& size) {
+    line.remove_prefix(std::min(line.find_first_not_of(kChunkBlanks), line.size()));
+    return std::from_chars(line.data(), line.data() + line.size(), size, 16).ec == std::errc();
 }
 
 }  // namespace
@@ -129,9 +125,10 @@ bool ProtocolHTTP::receiveBody(unsigned char* buffer, int& length) {
 bool ProtocolHTTP::receiveChunkedBody(unsigned char* buffer, int& length) {
     const int wanted = std::exchange(length, 0);
     if (stream == nullptr || wanted < 0) return false;
-    std::string line;
+    LineReader lines(*stream);
+    std::string_view line;
     if (chunkRemaining == 0) {
-        if (!readLineAfterBlanks(*stream, line, kChunkBlanks)) return false;
+        if (!lines.readAfterBlanks(line, kChunkBlanks)) return false;
         if (!parseChunkSize(line, chunkRemaining)) return false;
     }
     length = static_cast<int>(std::min<std::uint32_t>(chunkRemaining, static_cast<std::uint32_t>(wanted)));
@@ -139,7 +136,7 @@ bool ProtocolHTTP::receiveChunkedBody(unsigned char* buffer, int& length) {
     if (!receiveBody(buffer, length) || length == 0) return false;
     chunkRemaining -= static_cast<std::uint32_t>(length);
     if (chunkRemaining > 0) return true;
-    return readLine(*stream, line) && isBlank(line, kChunkBlanks);
+    return lines.read(line) && isBlank(line, kChunkBlanks);
 }
 
 }  // namespace Varnex

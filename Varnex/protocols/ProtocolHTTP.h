@@ -9,6 +9,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace Varnex {
 
@@ -23,8 +24,8 @@ class VARNEX_API ProtocolHTTP {
 public:
     struct Version {
         std::string name = "HTTP";
-        unsigned long major = 0;
-        unsigned long minor = 0;
+        unsigned long major = 1;
+        unsigned long minor = 1;
 
         /// HTTP/0.x: there are neither headers nor status lines.
         [[nodiscard]] bool isSimple() const { return major == 0 && name == "HTTP"; }
@@ -93,7 +94,8 @@ public:
     /// the stream stay hexadecimal.
     bool sendChunkedBody(const void* data, int length);
 
-    // False: malformed, over a limit, or the stream ended; the header is empty then.
+    // False: malformed, over a limit, or there was nothing; the header is empty then. A header that the stream's end
+    // cuts off is taken, with an eofbit.
 
     bool receiveRequest(RequestLine& line, MessageHeader& header);
     /// Everything but the body; the query is split off the URI.
@@ -128,6 +130,34 @@ public:
                                                  const std::string& password);
     /// What basic authorization names. False: none, or malformed.
     [[nodiscard]] static bool parseAuthorization(const MessageHeader& header, std::string& user, std::string& password);
+
+    /// Seconds since 1970 as the date of a header, "Sun, 06 Nov 1994 08:49:37 GMT". Empty outside the years 0 to 9999,
+    /// which it cannot write.
+    [[nodiscard]] static std::string createTimestamp(long time);
+    /// Reads a date in any of its three forms (RFC 9110, section 5.6.7); whether the weekday fits is not looked at. A
+    /// year of two digits lies at most 50 years ahead, or in the past. -1: not a date, or the last second of 1969.
+    [[nodiscard]] static long parseTimestamp(const std::string& text);
+    /// The decimal numbers between the separators. Empty: a piece is not wholly digits, or a number is too large.
+    [[nodiscard]] static std::vector<unsigned long> parseNumber(const std::string& s, char separator);
+
+    // Header values of the form `token; name=value; name="any text"`, alone or in lists with commas (RFC 9110, sections
+    // 5.6.1 to 5.6.6). A token may contain "/", as media types do. Names of parameters are given in lower case.
+
+    /// Reads one that stands alone; of a parameter that comes twice the last value stays. False: malformed, and both
+    /// are empty.
+    static bool parseTokenAndParameters(const std::string& s, std::string& token, Plexa::ParamBag& parameters);
+    /// Reads the token of the next list element from `pos` on, which moves behind it. False: malformed at `pos`, or
+    /// `pos` is the end of the list.
+    static bool parseNextToken(const std::string& s, unsigned long& pos, std::string& token);
+    /// Reads the next parameter of the element. False: malformed at `pos`, a ";", or `pos` is where the element ends:
+    /// at a comma or the end.
+    static bool parseNextParameter(const std::string& s, unsigned long& pos, std::string& name, std::string& value);
+    /// Moves `pos` to where the element ends. False: malformed at `pos`.
+    static bool skipParameters(const std::string& s, unsigned long& pos);
+    /// What `parseTokenAndParameters` reads, with quotes where needed. Empty: the token or a name is none, or a value
+    /// has control characters.
+    [[nodiscard]] static std::string createTokenAndParameters(const std::string& token,
+                                                              const Plexa::ParamBag& parameters);
 
 protected:
     ioStream* stream;

@@ -17,7 +17,33 @@ std::string listed(const Plexa::ParamBag& bag) {
     return text;
 }
 
-TEST(MessageHeaderTest, Reads) {
+/// Delivers the text in pieces of `step`; 0: without a buffer, so that nothing can be looked at ahead.
+class PiecewiseSource : public std::streambuf {
+public:
+    PiecewiseSource(std::string text, std::size_t step) : text_(std::move(text)), step_(step) {}
+
+protected:
+    int_type underflow() override {
+        if (text_.empty()) return traits_type::eof();
+        if (step_ == 0) return traits_type::to_int_type(text_[0]);
+        piece_ = text_.substr(0, step_);
+        text_.erase(0, step_);
+        setg(piece_.data(), piece_.data(), piece_.data() + piece_.size());
+        return traits_type::to_int_type(piece_[0]);
+    }
+    int_type uflow() override {
+        if (step_ > 0) return std::streambuf::uflow();
+        const int_type next = underflow();
+        text_.erase(0, 1);
+        return next;
+    }
+
+private:
+    std::string text_, piece_;
+    std::size_t step_;
+};
+
+TEST(MessageHeaderTest, ReadsHoweverTheStreamDelivers) {
     struct Case {
         std::string text, params;
         std::ios_base::iostate state;
@@ -42,16 +68,21 @@ TEST(MessageHeaderTest, Reads) {
         {"a:b\n c", "a=b;c|", kEof, ""},
         {"", "", kEof | kFail, ""},
         {std::string("a:\0b\n\n", 6), std::string("a=\0b|", 5), kGood, ""},
+        {"a:" + std::string(5000, 'x') + "\n\nx", "a=" + std::string(5000, 'x') + "|", kGood, "x"},
     };
     for (const Case& c : cases) {
-        std::istringstream stream(c.text);
-        MessageHeader header;
-        header.setParam("old", "x");
-        stream >> header;
-        EXPECT_EQ(listed(header), c.params) << c.text;
-        EXPECT_EQ(stream.rdstate(), c.state) << c.text;
-        stream.clear();
-        EXPECT_EQ(std::string(std::istreambuf_iterator<char>(stream), {}), c.rest) << c.text;
+        for (const std::size_t step : {0U, 1U, 2U, 3U, 7U, 9999U}) {
+            PiecewiseSource source(c.text, step);
+            std::istream stream(&source);
+            stream.exceptions(kFail & ~c.state);  // not even for a moment
+            MessageHeader header;
+            header.setParam("old", "x");
+            stream >> header;
+            EXPECT_EQ(listed(header), c.params) << c.text << step;
+            EXPECT_EQ(stream.rdstate(), c.state) << c.text << step;
+            stream.clear();
+            EXPECT_EQ(std::string(std::istreambuf_iterator<char>(stream), {}), c.rest) << c.text << step;
+        }
     }
 }
 
@@ -96,6 +127,12 @@ TEST(ParamBagTest, FindsAmongFewAndMany) {
         EXPECT_EQ(header.getParam(last), std::to_string(count));
         EXPECT_FALSE(bag.hasParam(last));
         EXPECT_EQ(bag.getParam(last, "none"), "none");
+        Plexa::ParamBag moved(std::move(bag));
+        EXPECT_TRUE(bag.empty() && bag.params().empty() && !bag.hasParam("N1") && moved.hasParam("N1"));
+        bag.setParam("N3", "z");
+        bag = std::move(moved);
+        EXPECT_TRUE(moved.empty() && !moved.hasParam("N3") && bag.hasParam("N2"));
+        EXPECT_EQ(bag.params().size(), static_cast<std::size_t>(count));
         bag.clear();
         bag.setParam("N2", "x");
         EXPECT_FALSE(bag.hasParam("N1") || bag.empty());
@@ -181,7 +218,7 @@ std::string written(const Record& record, std::ios_base::iostate state = kGood) 
 
 TEST(HttpRecordsTest, Writes) {
     EXPECT_EQ(written(Http::RequestLine{"GET", "/p", {"HTTP", 1, 16}}), "GET /p HTTP/1.16\r\n");
-    EXPECT_EQ(written(Http::RequestLine{"GET", "/path", {}}), "GET /path\r\n");
+    EXPECT_EQ(written(Http::RequestLine{"GET", "/path", {"HTTP", 0, 9}}), "GET /path\r\n");
     EXPECT_EQ(written(Http::RequestLine{"GET", "/", {"X", 0, 9}}), "GET / X/0.9\r\n");
     EXPECT_EQ(written(Http::StatusLine{{"HTTP", 1, 1}, 200, ""}), "HTTP/1.1 200 \r\n");
     EXPECT_EQ(written(Http::StatusLine{{"HTTP", 0, 9}, 2000, "OK"}), "");
@@ -191,19 +228,19 @@ TEST(HttpRecordsTest, Writes) {
     request.uri = "/a?b";
     request.header.setParam("N", "v");
     request.body = std::string("\0b", 2);
+    EXPECT_EQ(written(request), "PUT /a?b HTTP/1.1\r\nN: v\r\n\r\n" + request.body);
+    request.version = {"HTTP", 0, 9};
     EXPECT_EQ(written(request), "PUT /a?b\r\n" + request.body);
-    request.version.major = 1;
-    EXPECT_EQ(written(request), "PUT /a?b HTTP/1.0\r\nN: v\r\n\r\n" + request.body);
     Http::Reply reply;
     reply.header = request.header;
     reply.body = request.body;
-    EXPECT_EQ(written(reply), reply.body);
-    reply.version.major = 1;
     reply.code = 404;
     reply.phrase = "No";
-    EXPECT_EQ(written(reply), "HTTP/1.0 404 No\r\nN: v\r\n\r\n" + reply.body);
+    EXPECT_EQ(written(reply), "HTTP/1.1 404 No\r\nN: v\r\n\r\n" + reply.body);
     reply.code = 1000;
     EXPECT_EQ(written(reply, kFail), "");
+    reply.version.major = 0;
+    EXPECT_EQ(written(reply), reply.body);
 }
 
 TEST(HttpRecordsTest, ReadsRequestsAndRepliesWithoutBodies) {

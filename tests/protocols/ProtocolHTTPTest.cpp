@@ -118,11 +118,12 @@ TEST(EngineTest, Sends) {
     request.uri = "/";
     request.body = "b";
     request.header.setParam("N", "v");
+    request.version.major = 0;
     EXPECT_TRUE(engine.sendRequest(static_cast<const Http::RequestLine&>(request), request.header));
     EXPECT_EQ(engine.sent(), "GET /\r\n");
     request.version.major = 1;
     EXPECT_TRUE(engine.sendRequest(request));
-    const std::string head = "GET / HTTP/1.0\r\nN: v\r\n\r\n";
+    const std::string head = "GET / HTTP/1.1\r\nN: v\r\n\r\n";
     EXPECT_EQ(engine.sent(), "GET /\r\n" + head + "b");
     EXPECT_TRUE(engine.sendBody("\0x", 2));
     EXPECT_FALSE(engine.sendBody("x", -1));
@@ -131,6 +132,7 @@ TEST(EngineTest, Sends) {
     EXPECT_TRUE(engine.sendChunkedBody(nullptr, 0));
     EXPECT_NE(engine.getStream()->flags() & std::ios_base::hex, 0);
     Http::Reply reply;
+    reply.version.major = 0;
     EXPECT_TRUE(engine.sendReply(static_cast<const Http::StatusLine&>(reply), reply.header));
     reply.body = "old";
     EXPECT_TRUE(engine.sendReply(reply));

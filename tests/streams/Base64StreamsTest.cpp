@@ -1,7 +1,7 @@
 #include <Varnex/streams/Base64.h>
 #include <Varnex/streams/obase64decodestream.h>
 #include <Varnex/streams/obase64encodestream.h>
-#include <tests/streams/BoundedTarget.h>
+#include <tests/support/BoundedTarget.h>
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include <Varnex/streams/quotedprintabledecodebuf.h>
 #include <Varnex/streams/quotedprintableencodebuf.h>
 #include <Varnex/streams/urlbuf.h>
-#include <tests/streams/BoundedTarget.h>
+#include <tests/support/BoundedTarget.h>
 
 #include <gtest/gtest.h>
 
