@@ -38,6 +38,14 @@ std::streamsize BlockBuf::xsgetn(char* s, std::streamsize n) {
     return total;
 }
 
+std::streamsize BlockBuf::readSome(char* s, std::streamsize n) {
+    if (gptr() < egptr()) return xsgetn(s, std::min<std::streamsize>(n, egptr() - gptr()));
+    setg(nullptr, nullptr, nullptr);
+    const std::streamsize received = receive(s, n);
+    if (received == 0) checkEnd();
+    return received;
+}
+
 void BlockBuf::tellStreamOfDamage() {
     if (stream_ == nullptr) return;
     try {

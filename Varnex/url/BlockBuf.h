@@ -22,6 +22,10 @@ public:
     /// block a stream does not ask again, and one that throws loses the block.
     void setStream(std::ios& stream) { stream_ = &stream; }
 
+    /// Waits for the next bytes and reads what is there, up to `n`, which is more than 0; 0 at the end. Throws
+    /// `URLImpl::Exception` when that is not the end that it should be.
+    [[nodiscard]] std::streamsize readSome(char* s, std::streamsize n);
+
 protected:
     BlockBuf();
 

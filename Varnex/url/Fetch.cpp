@@ -93,6 +93,13 @@ std::size_t readAll(std::istream& stream, Block& block, std::size_t limit) {
 
 }  // namespace
 
+std::unique_ptr<std::streambuf> underPolicy(std::unique_ptr<std::streambuf> buffer, long long contentLength) {
+    const auto policy = URLPolicy::getCurrent();
+    policy->checkSize(contentLength);
+    if (contentLength >= 0 || policy->getMaxSize() == 0) return buffer;
+    return std::make_unique<LimitedBuf>(std::move(buffer), policy->getMaxSize());
+}
+
 URLImpl::Memory readToMemory(URLImpl::Stream& stream) {
     const int length = stream.getContentLength();
     if (length == 0) return {stream.getMimeType(), 0, nullptr, false};
@@ -132,11 +139,7 @@ void URLImpl::checkPolicy() const {
 URLImpl::Stream* URLImpl::makeStream(std::unique_ptr<std::streambuf> buffer, std::string mimeType,
                                      long long contentLength) {
     if (buffer == nullptr) throw Exception("");
-    const auto policy = URLPolicy::getCurrent();
-    policy->checkSize(contentLength);
-    if (contentLength < 0 && policy->getMaxSize() > 0)
-        buffer = std::make_unique<LimitedBuf>(std::move(buffer), policy->getMaxSize());
-    return new Stream(std::move(buffer), std::move(mimeType), contentLength);
+    return new Stream(underPolicy(std::move(buffer), contentLength), std::move(mimeType), contentLength);
 }
 
 URLImpl::Memory URLImpl::read2mem() const {

@@ -1,6 +1,7 @@
 #include <Varnex/url/URLFTP.h>
 
 #include <Varnex/url/UrlParts.h>
+#include <Varnex/url/openURL.h>
 
 #include <string_view>
 #include <utility>
@@ -88,7 +89,7 @@ std::string URLFTP::toString() const {
 
 URLImpl::Stream* URLFTP::open() const {
     checkPolicy();
-    throw Exception("Open error - no loader for ftp URLs");
+    return openURL(toString(), path);
 }
 
 URLFTP* URLFTP::getBase() const {

@@ -19,7 +19,7 @@ public:
 
     [[nodiscard]] std::string getScheme() const override;
     [[nodiscard]] std::string toString() const override;
-    /// Throws: there is no loader for this scheme yet.
+    /// What `openURL` gives, as the current `LoadOptions` say; a path that ends in "/": a listing.
     [[nodiscard]] Stream* open() const override;
     /// Null: a query, or a port that is no number.
     [[nodiscard]] URLFTP* createRelative(const std::string& text) const override;

@@ -1,6 +1,7 @@
 #include <Varnex/url/URLHTTP.h>
 
 #include <Varnex/url/UrlParts.h>
+#include <Varnex/url/openURL.h>
 
 #include <utility>
 
@@ -66,7 +67,7 @@ std::string URLHTTP::toString() const {
 
 URLImpl::Stream* URLHTTP::open() const {
     checkPolicy();
-    throw Exception("Open error - no loader for " + getScheme() + " URLs");
+    return openURL(toString(), path);
 }
 
 URLHTTP* URLHTTP::getBase() const {

@@ -20,7 +20,7 @@ public:
 
     [[nodiscard]] std::string getScheme() const override;
     [[nodiscard]] std::string toString() const override;
-    /// Throws: there is no loader for this scheme yet.
+    /// What `openURL` gives, as the current `LoadOptions` say.
     [[nodiscard]] Stream* open() const override;
     [[nodiscard]] URLHTTP* createRelative(const std::string& text) const override;
     [[nodiscard]] URLHTTP* getBase() const override;

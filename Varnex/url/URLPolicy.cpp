@@ -6,9 +6,9 @@
 #include <Varnex/transport/SystemError.h>
 #include <Varnex/url/CText.h>
 #include <Varnex/url/PublicAddress.h>
+#include <Varnex/url/SharedCurrent.h>
 #include <Varnex/url/URLImpl.h>
 #include <Varnex/url/UrlParts.h>
-#include <Zendro/Mutex.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -20,16 +20,6 @@
 namespace Varnex {
 
 namespace {
-
-struct Current {
-    Zendro::Mutex mutex;
-    std::shared_ptr<const URLPolicy> policy VARNEX_GUARDED_BY(mutex) = std::make_shared<const URLPolicy>();
-};
-
-Current& current() {
-    static Current& instance = *new Current;  // also for static objects that open URLs at the end of the process
-    return instance;
-}
 
 /// No host has one, but some readers of addresses stop there.
 bool hasBlank(std::string_view host) {
@@ -94,6 +84,10 @@ void URLPolicy::checkHost(const std::string& host) const {
     if (!allowsHost(host)) refuse();
 }
 
+void URLPolicy::checkAddress(const sockaddr& address) const {
+    if (!allowsAddress(address)) refuse();
+}
+
 bool URLPolicy::allowsHost(const std::string& host) const {
     if (!publicHostsOnly_ || host.empty()) return true;
     return isPublicHost(host) && isPublicHost(UrlParts::decoded(host));
@@ -116,14 +110,11 @@ void URLPolicy::refuseSize() {
 }
 
 void URLPolicy::setCurrent(std::shared_ptr<const URLPolicy> policy) {
-    if (policy == nullptr) policy = std::make_shared<const URLPolicy>();
-    const Zendro::MutexLock lock(current().mutex);
-    current().policy.swap(policy);
+    SharedCurrent<URLPolicy>::instance().set(std::move(policy));
 }
 
 std::shared_ptr<const URLPolicy> URLPolicy::getCurrent() {
-    const Zendro::MutexLock lock(current().mutex);
-    return current().policy;
+    return SharedCurrent<URLPolicy>::instance().get();
 }
 
 }  // namespace Varnex

@@ -53,6 +53,8 @@ public:
     [[nodiscard]] bool allowsAddress(const sockaddr& address) const;
     /// Throws `URLImpl::Exception` when `allowsHost` says no: for URLs that keep their host to themselves.
     void checkHost(const std::string& host) const;
+    /// Throws `URLImpl::Exception` when `allowsAddress` says no.
+    void checkAddress(const sockaddr& address) const;
     /// `path`: without links, as realpath(3) gives it.
     [[nodiscard]] bool allowsFile(const std::string& path) const;
     [[nodiscard]] bool confinesFiles() const { return !fileRoot_.empty(); }
