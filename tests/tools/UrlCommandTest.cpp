@@ -23,6 +23,8 @@ TEST(TransferStatusTest, TellsWhatIsKnown) {
         {{999, 1000, 0.01}, " 99 % [############### ] 999 B of 1000 B, 0 B/s, 1:40 left"},
         {{1024, 8848, 1}, " 11 % [#               ] 1.0 KiB of 8.6 KiB, 1 B/s, 2:10:24 left"},
         {{12, 10, 4}, "100 % [################] 12 B of 10 B, 4 B/s, 0:00 left"},
+        {{5, 10, 4, true}, " 50 % [########        ] 5 B of 10 B, stalled"},
+        {{5, -1, 4, true}, "5 B, stalled"},
         {{0, 0, 0}, "100 % [################] 0 B of 0 B, 0 B/s"},
     };
     for (const auto& [status, expected] : cases) EXPECT_EQ(status.text(), expected);
@@ -34,6 +36,7 @@ std::string readAll() {
     std::string all;
     try {
         UrlSource source("broken:a");
+        source.open();
         for (std::string_view block; !(block = source.next()).empty();) all += block;
         return std::to_string(all.size());
     } catch (const Failure& failure) {

@@ -8,6 +8,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace VarnexTool {
@@ -25,10 +26,18 @@ void waitWritable(int fd) {
 
 }  // namespace
 
-Output::Output(const std::string& file) : name_(file.empty() ? "the standard output" : inQuotes(file)) {
+Output::Output(const std::string& file, long long kept) : name_(file.empty() ? "the standard output" : inQuotes(file)) {
     if (file.empty()) return;
-    file_ = Varnex::UniqueFd(::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOCTTY | O_CLOEXEC, 0666));
+    const int begin = kept > 0 ? O_APPEND : O_CREAT | O_TRUNC;
+    file_ = Varnex::UniqueFd(::open(file.c_str(), O_WRONLY | begin | O_NOCTTY | O_CLOEXEC, 0666));
     if (!file_.isOpen()) throw Failure("cannot open " + name_ + " for writing" + reason(errno));
+    if (kept > 0) checkSize(kept);
+}
+
+void Output::checkSize(long long size) const {
+    struct stat status {};
+    if (::fstat(file_.get(), &status) != 0) fail(errno);
+    if (status.st_size != size) throw Failure(name_ + " has changed meanwhile");
 }
 
 void Output::write(std::string_view bytes) {

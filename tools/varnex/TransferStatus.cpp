@@ -35,11 +35,12 @@ std::string clockText(double time) {
 
 std::string TransferStatus::text() const {
     const auto done = static_cast<double>(bytes), whole = static_cast<double>(length);
-    const std::string rateText = bytesText(rate) + "/s";
-    if (length < 0) return bytesText(done) + ", " + rateText;
+    const std::string rateText = isStalled ? ", stalled" : ", " + bytesText(rate) + "/s";
+    if (length < 0) return bytesText(done) + rateText;
     const double part = done < whole ? done / whole : 1;
-    const std::string line = barText(part) + bytesText(done) + " of " + bytesText(whole) + ", " + rateText;
-    return rate > 0 ? line + ", " + clockText(std::max(0.0, whole - done) / rate) + " left" : line;
+    const std::string line = barText(part) + bytesText(done) + " of " + bytesText(whole) + rateText;
+    const bool isMoving = rate > 0 && !isStalled;
+    return isMoving ? line + ", " + clockText(std::max(0.0, whole - done) / rate) + " left" : line;
 }
 
 }  // namespace VarnexTool

@@ -20,6 +20,17 @@ std::string knownSchemes() {
     return list;
 }
 
+/// "user:***@" where it has "user:password@", also in the URL of an archive.
+std::string withoutPasswords(std::string text) {
+    for (std::size_t start = 0; (start = text.find("//", start)) != std::string::npos;) {
+        start += 2;
+        const std::string authority = text.substr(start, text.find_first_of("/?#", start) - start);
+        const std::size_t colon = authority.find(':'), sign = authority.rfind('@');
+        if (sign != std::string::npos && colon < sign) text.replace(start + colon + 1, sign - colon - 1, "***");
+    }
+    return text;
+}
+
 std::string whyNoUrl(std::string text) {
     Varnex::trim(text);
     if (text.empty()) return "the URL is blank";
@@ -41,7 +52,8 @@ Varnex::URL resolveUrl(const Varnex::URL& base, const std::string& text) {
 }
 
 std::string urlInQuotes(const std::string& text) {
-    return text.size() <= kMaxShown ? inQuotes(text) : inQuotes(text.substr(0, kMaxShown)) + "...";
+    const std::string shown = withoutPasswords(text);
+    return shown.size() <= kMaxShown ? inQuotes(shown) : inQuotes(shown.substr(0, kMaxShown)) + "...";
 }
 
 std::string wordsOf(const URLImpl::Exception& error, const std::string& otherwise) {
