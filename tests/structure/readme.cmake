@@ -1,4 +1,5 @@
-# cmake -DROOT=... -P readme.cmake: the programs that the README and the guide show are the examples, letter by letter.
+# cmake -DROOT=... -P readme.cmake: the programs, and functions, that the README and the guide show are those of the
+# examples, letter by letter.
 function(shows page)
     file(READ "${ROOT}/${page}" text)
     foreach(example IN LISTS ARGN)
@@ -10,6 +11,22 @@ function(shows page)
     endforeach()
 endfunction()
 
+function(shows_function page example head)
+    file(READ "${ROOT}/${page}" text)
+    file(READ "${ROOT}/examples/${example}.cpp" code)
+    string(FIND "${code}" "\n${head}(" begin)
+    math(EXPR begin "${begin} + 1")
+    string(SUBSTRING "${code}" ${begin} -1 code)
+    string(FIND "${code}" "\n}\n" end)
+    string(SUBSTRING "${code}" 0 ${end} code)
+    string(FIND "${text}" "```cpp\n${code}\n}\n```\n" place)
+    if(begin EQUAL 0 OR place EQUAL -1)
+        message(SEND_ERROR "${page} does not show ${head} of examples/${example}.cpp as it is")
+    endif()
+endfunction()
+
 shows(README.md send_event receive_event)
 shows(docs/hub.md hub_server hub_client mixed_hub)
 shows(docs/adding-a-scheme.md custom_scheme)
+shows_function(docs/http.md http_get "bool get")
+shows_function(docs/http.md http_server "void serve")
