@@ -4,6 +4,8 @@ namespace Varnex::HeadText {
 
 namespace {
 
+constexpr std::string_view sp = ProtocolHTTP::sp, crlf = ProtocolHTTP::crlf, separator = ProtocolHTTP::separator;
+
 constexpr unsigned long kCodeEnd = 1000;
 
 void append(std::string& text, const ProtocolHTTP::Version& version) {
@@ -14,24 +16,25 @@ void append(std::string& text, const ProtocolHTTP::Version& version) {
 }  // namespace
 
 void append(std::string& text, const MessageHeader& header) {
-    std::size_t size = text.size() + 2;
-    for (const auto& [name, value] : header.params()) size += name.size() + value.size() + 4;
+    std::size_t size = text.size() + crlf.size();
+    for (const auto& [name, value] : header.params())
+        size += name.size() + separator.size() + value.size() + crlf.size();
     text.reserve(size);
-    for (const auto& [name, value] : header.params()) text.append(name).append(": ").append(value).append("\r\n");
-    text.append("\r\n");
+    for (const auto& [name, value] : header.params()) text.append(name).append(separator).append(value).append(crlf);
+    text.append(crlf);
 }
 
 void append(std::string& text, const ProtocolHTTP::RequestLine& line) {
-    text.append(line.method).append(" ").append(line.uri);
-    if (!line.version.isSimple()) append(text.append(" "), line.version);
-    text.append("\r\n");
+    text.append(line.method).append(sp).append(line.uri);
+    if (!line.version.isSimple()) append(text.append(sp), line.version);
+    text.append(crlf);
 }
 
 bool append(std::string& text, const ProtocolHTTP::StatusLine& line) {
     if (line.version.isSimple()) return true;
     if (line.code >= kCodeEnd) return false;
     append(text, line.version);
-    text.append(" ").append(std::to_string(line.code)).append(" ").append(line.phrase).append("\r\n");
+    text.append(sp).append(std::to_string(line.code)).append(sp).append(line.phrase).append(crlf);
     return true;
 }
 

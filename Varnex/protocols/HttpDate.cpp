@@ -116,13 +116,13 @@ long timeOf(std::string_view day, std::string_view month, std::string_view year,
 
 }  // namespace
 
-std::vector<unsigned long> ProtocolHTTP::parseNumber(const std::string& s, char separator) {
+std::vector<unsigned long> ProtocolHTTP::parseNumber(const std::string& s, char sep) {
     std::vector<unsigned long> numbers;
     const char *at = s.data(), *const end = at + s.size();
     for (;; ++at) {
         unsigned long value = 0;
         const auto [next, error] = std::from_chars(at, end, value);
-        if (error != std::errc() || (next != end && *next != separator)) return {};
+        if (error != std::errc() || (next != end && *next != sep)) return {};
         numbers.push_back(value);
         at = next;
         if (at == end) return numbers;

@@ -84,7 +84,7 @@ bool ProtocolHTTP::sendChunkedBody(const void* data, int length) {
     char size[12];
     const char* const end = std::to_chars(std::begin(size), std::end(size), length, 16).ptr;
     stream->setf(std::ios_base::hex, std::ios_base::basefield);  // and it stays: wanted so
-    return flush(std::string(static_cast<const char*>(size), end) + "\r\n",
+    return flush(std::string(static_cast<const char*>(size), end).append(crlf),
                  {static_cast<const char*>(data), static_cast<std::size_t>(length)});
 }
 

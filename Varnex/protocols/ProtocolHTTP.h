@@ -22,6 +22,12 @@ class ioStream;
 /// until it is cleared or replaced. Heads have limits; bodies are as long as the caller asks for. One thread at a time.
 class VARNEX_API ProtocolHTTP {
 public:
+    // What stands between the parts of a head.
+
+    static constexpr std::string_view sp = " ";
+    static constexpr std::string_view crlf = "\r\n";
+    static constexpr std::string_view separator = ": ";  ///< of a name and its value
+
     struct Version {
         std::string name = "HTTP";
         unsigned long major = 1;
@@ -138,7 +144,7 @@ public:
     /// year of two digits lies at most 50 years ahead, or in the past. -1: not a date, or the last second of 1969.
     [[nodiscard]] static long parseTimestamp(const std::string& text);
     /// The decimal numbers between the separators. Empty: a piece is not wholly digits, or a number is too large.
-    [[nodiscard]] static std::vector<unsigned long> parseNumber(const std::string& s, char separator);
+    [[nodiscard]] static std::vector<unsigned long> parseNumber(const std::string& s, char sep);
 
     // Header values of the form `token; name=value; name="any text"`, alone or in lists with commas (RFC 9110, sections
     // 5.6.1 to 5.6.6). A token may contain "/", as media types do. Names of parameters are given in lower case.
