@@ -7,22 +7,10 @@
 #include <Varnex/transport/IOException.h>
 #include <Varnex/transport/PrintLine.h>
 
-#include <cerrno>
 #include <chrono>
 #include <utility>
 
 namespace Varnex {
-
-namespace {
-
-constexpr int kAcceptPauseMs = 100;
-
-/// The listening socket itself is gone. Anything else passes, or concerns one connection.
-bool isFatal(int error) {
-    return error == 0 || error == EBADF || error == EINVAL || error == ENOTSOCK;
-}
-
-}  // namespace
 
 MultiServer::MultiServer(long mask) : mask_(mask) {
     prepareDiscovery(multicast_);
@@ -114,10 +102,10 @@ bool MultiServer::acceptOne(std::unique_ptr<Client>& refused) try {
         client.release();
     else
         refused = std::move(client);  // whoever refused it may still look at it
-    failureTold_ = false;
+    acceptPause_.succeeded();
     return true;
 } catch (const IOException& failure) {
-    return pauseAfter(failure);
+    return acceptPause_.pauseAfter(failure);
 } catch (...) {
     printCaughtException();
     return true;
@@ -126,16 +114,10 @@ bool MultiServer::acceptOne(std::unique_ptr<Client>& refused) try {
 /// False, and the connection will be closed, when there is no room for it.
 bool MultiServer::isUsable(Client& client) {
     if (maxConnections_ > 0 && getCount() >= maxConnections_) {
-        if (!std::exchange(failureTold_, true)) printError("ERROR: Too many connections");
+        acceptPause_.tell("Too many connections");
         return false;
     }
     return client.waitForData(0) != Receiver::WaitFailed;  // no descriptors left for its wake-ups
-}
-
-/// Without descriptors, say, the loop goes on later.
-bool MultiServer::pauseAfter(const IOException& failure) {
-    if (!std::exchange(failureTold_, true)) printError(std::string("ERROR: ") + failure.what());
-    return !isFatal(failure.getError()) && acceptPause_.wait(kAcceptPauseMs);
 }
 
 int MultiServer::multicastThread() {

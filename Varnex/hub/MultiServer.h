@@ -2,9 +2,9 @@
 
 #include <Varnex/events/ServerInfoEvent.h>
 #include <Varnex/hub/MultiCommunicator.h>
+#include <Varnex/transport/AcceptPause.h>
 #include <Varnex/transport/Multicast.h>
 #include <Varnex/transport/Server.h>
-#include <Varnex/transport/Wait.h>
 
 #include <Zendro/ObjectThread.h>
 
@@ -15,7 +15,6 @@
 namespace Varnex {
 
 class Client;
-class IOException;
 
 /// A hub that listens on a TCP port, takes in every connection, and lets itself be found by multicast.
 ///
@@ -83,7 +82,6 @@ private:
     int connectThread();
     [[nodiscard]] bool acceptOne(std::unique_ptr<Client>& refused);
     [[nodiscard]] bool isUsable(Client& client);
-    [[nodiscard]] bool pauseAfter(const IOException& failure);
 
     int multicastThread();
     void fillInfo();
@@ -105,8 +103,7 @@ private:
     int answerIntervalMs_ = 0;
     std::string announcedHost_;
     InetAddress interfaceAddress_;  // invalid: nobody chose one
-    Wait acceptPause_;
-    bool failureTold_ = false;  // once for each row of failures
+    AcceptPause acceptPause_;
 };
 
 }  // namespace Varnex
