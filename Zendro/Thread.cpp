@@ -1,7 +1,7 @@
 #include <Zendro/Thread.h>
 
 #include <atomic>
-#include <system_error>
+#include <exception>
 
 namespace Zendro {
 
@@ -11,31 +11,37 @@ constinit std::atomic<Thread::FailureHandler> failureHandler = nullptr;
 
 }  // namespace
 
-Thread::~Thread() = default;
+Thread::~Thread() {
+    if (isStarted_) std::terminate();
+}
 
 bool Thread::start() {
-    if (thread_.joinable()) return false;
-    try {
-        thread_ = std::thread(&Thread::run, this);
-    } catch (const std::system_error&) {
-        return false;
-    }
-    return true;
+    if (isStarted_) return false;
+    pthread_attr_t attributes;
+    if (::pthread_attr_init(&attributes) != 0) return false;
+    if (stackSize_ > 0) ::pthread_attr_setstacksize(&attributes, stackSize_);
+    isStarted_ = true;  // the thread may be over before the next line
+    if (::pthread_create(&thread_, &attributes, &Thread::run, this) != 0) isStarted_ = false;
+    ::pthread_attr_destroy(&attributes);
+    return isStarted_;
 }
 
 int Thread::join() {
-    if (thread_.get_id() == std::this_thread::get_id()) return result_;
-    if (thread_.joinable()) thread_.join();
+    if (!isStarted_ || ::pthread_equal(thread_, ::pthread_self()) != 0) return result_;
+    ::pthread_join(thread_, nullptr);
+    isStarted_ = false;
     return result_;
 }
 
-void Thread::run() noexcept {
+void* Thread::run(void* thread) noexcept {
+    Thread& self = *static_cast<Thread*>(thread);
     try {
-        result_ = main();
+        self.result_ = self.main();
     } catch (...) {
         if (const FailureHandler handler = failureHandler) handler();
-        result_ = -1;
+        self.result_ = -1;
     }
+    return nullptr;
 }
 
 void Thread::setFailureHandler(FailureHandler handler) {

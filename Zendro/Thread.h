@@ -2,7 +2,9 @@
 
 #include <Zendro/Export.h>
 
-#include <thread>
+#include <cstddef>
+
+#include <pthread.h>
 
 namespace Zendro {
 
@@ -18,6 +20,10 @@ public:
 
     /// The thread has been joined by now, or was never started; anything else ends the process.
     virtual ~Thread();
+
+    /// Bytes of the stack of later starts; 0, as at first: the system's default. Small stacks make short-lived threads
+    /// cheap, because the system keeps the memory of those that have ended.
+    void setStackSize(std::size_t bytes) { stackSize_ = bytes; }
 
     /// Begins `main()`. False when an earlier start was not joined yet or the system cannot make a thread.
     bool start();
@@ -37,9 +43,11 @@ protected:
     virtual int main() = 0;
 
 private:
-    void run() noexcept;
+    static void* run(void* thread) noexcept;
 
-    std::thread thread_;
+    std::size_t stackSize_ = 0;
+    bool isStarted_ = false;
+    pthread_t thread_{};
     int result_ = 0;
 };
 
