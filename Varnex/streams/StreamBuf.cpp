@@ -71,6 +71,30 @@ int StreamBuf::waitForData(int ms) {
     return unread() > 0 ? Receiver::WaitData : protWaitForData(ms);
 }
 
+std::string_view StreamBuf::unreadData() const {
+    return {gptr(), static_cast<std::size_t>(unread())};
+}
+
+int StreamBuf::receiveMore(int ms) {
+    if (recvBuf_ == nullptr) return Receiver::WaitFailed;
+    const int result = protWaitForData(ms);
+    if (result != Receiver::WaitData) return result;
+    makeRoom();
+    int n = static_cast<int>(recvBuf_.get() + recvBufSize_ - egptr());
+    if (!receiver_->receive(egptr(), n) || n <= 0) return Receiver::WaitFailed;
+    setg(eback(), gptr(), egptr() + n);
+    return Receiver::WaitData;
+}
+
+/// Behind the unread bytes.
+void StreamBuf::makeRoom() {
+    if (egptr() < recvBuf_.get() + recvBufSize_) return;
+    if (gptr() == eback()) return setRecvBufSize(recvBufSize_ * 2);
+    const std::streamsize kept = unread();
+    std::memmove(recvBuf_.get(), gptr(), static_cast<std::size_t>(kept));
+    setUnread(kept);
+}
+
 bool StreamBuf::protDataAvail(int& count) {
     count = 0;
     if (receiver_ != nullptr && receiver_->dataAvail(count)) return true;
@@ -100,6 +124,10 @@ bool StreamBuf::close() {
     setUnread(0);
     clearPutArea();
     return closed;
+}
+
+void StreamBuf::ownSender() {
+    ownedSender_.reset(sender_);
 }
 
 std::string StreamBuf::lastError() const {

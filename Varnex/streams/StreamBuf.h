@@ -7,6 +7,7 @@
 #include <optional>
 #include <streambuf>
 #include <string>
+#include <string_view>
 
 namespace Varnex {
 
@@ -47,12 +48,21 @@ public:
     /// Waits at most `ms` milliseconds, -1 without limit. One of `Receiver::WaitResult`; 0 when nothing can be read.
     int waitForData(int ms);
 
+    /// The unread bytes, for those who look before they read. Valid until anything else is done to the input.
+    [[nodiscard]] std::string_view unreadData() const;
+    /// Receives more behind the unread bytes, waiting as above; the buffer grows when they fill it. One of
+    /// `Receiver::WaitResult`: failed also at the end of the stream. Throws `std::bad_alloc`.
+    int receiveMore(int ms);
+
     /// Ends one wait of the receiver, the present or the next; a read then meets the end of the file.
     void breakWait();
 
     /// Flushes, then closes the receiver, or the sender if there is no receiver; unread and unsent bytes are dropped.
     /// The result of closing.
     bool close();
+
+    /// Deletes the sender in the end, whatever the constructor was told.
+    void ownSender();
 
     /// The system's text for the present `errno`.
     [[nodiscard]] std::string lastError() const;
@@ -98,6 +108,7 @@ private:
     [[nodiscard]] std::streamsize pending() const { return pptr() - pbase(); }
     [[nodiscard]] std::streamsize unread() const { return egptr() - gptr(); }
     void clearPutArea();
+    void makeRoom();
     void setUnread(std::streamsize n);
 
     Sender* sender_;

@@ -61,6 +61,8 @@ public:
     void setBacklog(int connections) { backlog_ = connections; }
 
     [[nodiscard]] bool isOpen() const { return descriptor_.isOpen(); }
+    /// For polls of the application's own; -1 when closed, never to be closed by the caller.
+    [[nodiscard]] int getDescriptor() const { return descriptor_.get(); }
     [[nodiscard]] const SocketAddress& getLocalAddress() const { return localAddress_; }
     /// The bound port; throws `Exception` before the first `open`.
     [[nodiscard]] unsigned short getLocalPort() const { return localAddress_.getServicePort(); }
