@@ -5,6 +5,7 @@
 #include <Varnex/hub/HubTarget.h>
 #include <Varnex/hub/MultiClient.h>
 #include <Varnex/hub/MultiServer.h>
+#include <tests/support/Eventually.h>
 #include <tests/support/LoopbackPair.h>
 
 #include <gmock/gmock.h>
@@ -15,19 +16,6 @@
 
 using Varnex::Communicator;
 using Varnex::MultiCommunicator;
-
-constexpr auto kSoon = std::chrono::seconds(60);
-
-/// Waits for what other threads do.
-template <class Condition>
-bool eventually(Condition condition) {
-    const auto end = std::chrono::steady_clock::now() + kSoon;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() >= end) return false;
-        std::this_thread::yield();
-    }
-    return true;
-}
 
 /// A hub and, for each of its connections, the far end.
 struct HubFixture : testing::Test {
