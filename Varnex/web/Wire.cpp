@@ -1,0 +1,7 @@
+#include <Varnex/web/Wire.h>
+
+namespace Varnex {
+
+Wire::~Wire() = default;
+
+}  // namespace Varnex
