@@ -50,6 +50,7 @@ std::unique_ptr<Command> makeHubCommand(CLI::App& parent);
 std::unique_ptr<Command> makeListenCommand(CLI::App& parent);
 std::unique_ptr<Command> makeSendCommand(CLI::App& parent);
 std::unique_ptr<Command> makeSerialCommand(CLI::App& parent);
+std::unique_ptr<Command> makeServeCommand(CLI::App& parent);
 std::unique_ptr<Command> makeServersCommand(CLI::App& parent);
 std::unique_ptr<Command> makeSimulateCommand(CLI::App& parent);
 std::unique_ptr<Command> makeTypesCommand(CLI::App& parent);

@@ -88,6 +88,7 @@ int runChosen(CLI::App& app, int argc, char** argv) {
     commands.push_back(makeTypesCommand(app));
     commands.push_back(makeGetCommand(app));
     commands.push_back(makeUrlCommand(app));
+    commands.push_back(makeServeCommand(app));
     app.parse(argc, argv);
     for (const auto& command : commands)
         if (command->isChosen()) command->run();
@@ -97,7 +98,7 @@ int runChosen(CLI::App& app, int argc, char** argv) {
 int guardedMain(int argc, char** argv) {
     CLI::App app(
         "Sends, relays and shows typed events: over TCP, through hubs that are found by multicast, and over serial "
-        "lines. Also opens URLs.",
+        "lines. Also opens URLs, and serves files to browsers.",
         "varnex");
     app.set_version_flag("--version", "varnex " VARNEX_VERSION, "Print the version and exit");
     app.require_subcommand(1);
