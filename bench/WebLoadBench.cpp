@@ -12,6 +12,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <string>
@@ -19,12 +20,15 @@
 #include <type_traits>
 #include <vector>
 
+#include <sys/socket.h>
+
 using namespace Varnex;
 using Clock = std::chrono::steady_clock;
 
 namespace {
 
 constexpr int kIdle = 256;
+constexpr int kChurn = 10000;
 constexpr int kAttackers = 500;
 constexpr int kHonest = 4;
 constexpr int kRequests = 5000;  // of each honest client
@@ -112,6 +116,27 @@ void measureIdle(const char* name) {
                 kIdle, milliseconds(Clock::now() - begin));
 }
 
+/// A peer that resets its connections, so that the ports are free at once.
+template <class Server>
+void measureChurn(const char* name) {
+    Running<Server> server;
+    const auto countFolder = [](const char* path) {
+        return std::distance(std::filesystem::directory_iterator(path), {});
+    };
+    const auto once = [&server](int i) {
+        const auto client = server.connect();
+        if (i % 2 == 0) ask(*client);
+        const linger none{1, 0};
+        ::setsockopt(client->getDescriptor(), SOL_SOCKET, SO_LINGER, &none, sizeof none);
+    };
+    for (int i = 0; i < 1000; ++i) once(i);
+    const long before = residentKiB();
+    for (int i = 0; i < kChurn; ++i) once(i);
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    std::printf("%s: %d connections later: %+ld KiB, %td descriptors, %td threads\n", name, kChurn,
+                residentKiB() - before, countFolder("/proc/self/fd"), countFolder("/proc/self/task"));
+}
+
 template <class Server>
 void measureAttack(const char* name) {
     Running<Server> server;
@@ -156,6 +181,8 @@ int main() {
     setDiagnosticSink([](DiagnosticStream, std::string_view) {});  // a line for each attacker that is thrown out
     measureIdle<ThreadedWebServer>("threaded");
     measureIdle<PolledWebServer>("polled");
+    measureChurn<ThreadedWebServer>("threaded");
+    measureChurn<PolledWebServer>("polled");
     measureAttack<ThreadedWebServer>("threaded");
     measureAttack<PolledWebServer>("polled");
 }

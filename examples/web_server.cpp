@@ -70,8 +70,8 @@ void serve(const std::string& folder, unsigned short port) {
     server.addPage("/api/*", makeInterface());
     server.addPage("/form", Varnex::WebPageCallback(&answerForm));
     server.addPage("/metrics", Varnex::WebPageMetrics(server.getStatistics()));
-    server.addPage("/favicon.ico", Varnex::WebPageStatic(Varnex::tarvolo16x16_ico, sizeof Varnex::tarvolo16x16_ico,
-                                                         "image/x-icon"));
+    server.addPage("/favicon.ico",
+                   Varnex::WebPageStatic(Varnex::tarvolo16x16_ico, sizeof Varnex::tarvolo16x16_ico, "image/x-icon"));
     server.open("127.0.0.1", port);
     std::cout << "http://127.0.0.1:" << server.getLocalPort() << "/ (Enter ends it)" << std::endl;
     std::cin.get();

@@ -43,6 +43,8 @@ public:
     [[nodiscard]] bool isAmbiguous(const ProtocolHTTP::Request& request) const;
     /// Whether a request has begun that is not complete.
     [[nodiscard]] bool isBusy() const { return phase_ != Phase::Idle; }
+    /// Whether nothing but the body is missing.
+    [[nodiscard]] bool hasHead() const { return phase_ == Phase::Body; }
     /// Since when it is.
     [[nodiscard]] std::chrono::steady_clock::time_point getBegin() const { return begin_; }
 

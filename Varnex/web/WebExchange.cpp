@@ -173,7 +173,8 @@ void WebServer::note(const Exchange& exchange) const {
 
 /// Answers what could not be received as a request.
 int WebServer::refuse(WebClient& client, unsigned long code) {
-    printError("ERROR: WebServer: Cannot receive request.");
+    const bool hasHead = client.receiver_->hasHead();
+    printError(hasHead ? "ERROR: WebServer: Cannot receive body." : "ERROR: WebServer: Cannot receive request.");
     ++statistics_->refused;
     client.protocol_.getStream()->clear();
     client.receiver_->reset();

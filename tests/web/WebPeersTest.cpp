@@ -75,6 +75,13 @@ TYPED_TEST(WebPeersTest, ServesPythonAndCurl) {
     EXPECT_THAT(all, testing::EndsWith("u]ff"));
 }
 
+TYPED_TEST(WebPeersTest, ServesManyAtOnce) {
+    ChildProcess wrk("wrk -t1 -c32 -d1s " + this->url() + "/echo");
+    const std::string report = wrk.rest(ChildProcess::Output);
+    EXPECT_THAT(report, testing::AllOf(HasSubstr("Requests/sec"), Not(HasSubstr("errors")), Not(HasSubstr("Non-2xx"))));
+    EXPECT_EQ(wrk.wait(), 0);
+}
+
 TYPED_TEST(WebPeersTest, ServesABrowser) {
     const TestFolder profile;
     ChildProcess browser(

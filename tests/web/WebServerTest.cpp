@@ -71,7 +71,7 @@ TEST_F(WebServerTest, RefusesWhatIsNoRequest) {
          cannotReceive},
         {"GET /ten ICY/1.1\r\n\r\n", "", "ERROR: WebServer: Got a non-HTTP request.\n"},
         {"POST /echo HTTP/1.1\r\nContent-Length: 5\r\n\r\nabcde", "HTTP/1.1 413 ", ""},
-        {"POST /echo HTTP/1.1\r\nContent-Length: 4\r\n\r\nabc", "HTTP/1.1 400 ", cannotReceive},
+        {"POST /echo HTTP/1.1\r\nContent-Length: 4\r\n\r\nabc", "", "ERROR: WebServer: Cannot receive body.\n"},
         {"", "", ""},
         {"\r\n", "HTTP/1.1 400 ", cannotReceive},
     };
