@@ -1,5 +1,6 @@
 #pragma once
 
+#include <Varnex/Export.h>
 #include <Varnex/transport/Wait.h>
 
 #include <chrono>
@@ -9,11 +10,9 @@ namespace Varnex {
 
 class IOException;
 
-// Private to the library.
-
 /// What a loop that accepts connections does when that fails: it prints a row of failures once, and goes on after a
-/// pause, unless the listening socket itself is gone.
-class AcceptPause {
+/// pause, unless the listening socket itself is gone. One thread, but `breakWait` is for any.
+class VARNEX_API AcceptPause {
 public:
     static constexpr std::chrono::milliseconds kPause{100};
 

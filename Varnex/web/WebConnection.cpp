@@ -22,6 +22,14 @@ namespace {
 constexpr WaitMessages kWaitMessages{"ERROR: Cannot create event", &printOutput};
 constexpr std::chrono::milliseconds kLingerTime{1000};
 constexpr long kLingerBytes = 65536;
+constexpr int kBlocksAtOnce = 16;
+
+using Clock = std::chrono::steady_clock;
+
+int millisecondsUntil(Clock::time_point end) {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now());
+    return std::max(0, static_cast<int>(left.count()));
+}
 
 bool sendFailed(long outcome) {
     if (outcome == Wire::Failed) printError(withErrno("ERROR: Cannot send", errno));
@@ -79,9 +87,17 @@ int WebConnection::waitForData(int ms) {
     return fill(ms);
 }
 
+/// What is there may still be no data: a part of an encrypted piece.
 int WebConnection::waitInterruptibly(int ms) {
-    const int result = Varnex::waitForData(socket_->getDescriptor(), wakeUp_, ms, 0, kWaitMessages);
-    return result == WaitData ? fill(0) : result;
+    const auto end = Clock::now() + std::chrono::milliseconds(ms);
+    for (int left = ms;; left = ms < 0 ? ms : millisecondsUntil(end)) {
+        int result = Varnex::waitForData(socket_->getDescriptor(), wakeUp_, left, 0, kWaitMessages);
+        if (result == WaitData)
+            result = fill(0);
+        else if (result == WaitTimedOut)
+            return result;
+        if (result != WaitTimedOut) return result;
+    }
 }
 
 /// Receives what there is within the time. The buffer is empty.
@@ -182,7 +198,8 @@ bool WebConnection::refillQueue() {
 }
 
 bool WebConnection::sendQueued(bool& progress) {
-    while (refillQueue()) {
+    for (int block = 0; refillQueue(); ++block) {
+        if (block == kBlocksAtOnce) return true;  // others wait, too
         if (sent_ == queue_.size()) {
             queue_ = {};
             sent_ = 0;
@@ -201,11 +218,11 @@ bool WebConnection::sendQueued(bool& progress) {
 
 void WebConnection::linger() {
     if (!socket_->isOpen() || !socket_->shutdownSend()) return;
-    const auto end = std::chrono::steady_clock::now() + kLingerTime;
+    const auto end = Clock::now() + kLingerTime;
     char dropped[4096];
     for (long n = 1, total = 0; n > 0 && total < kLingerBytes; total += n) {
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
-        if (left.count() <= 0 || pollReadable(getDescriptor(), static_cast<int>(left.count())) <= 0) return;
+        const int left = millisecondsUntil(end);
+        if (left == 0 || pollReadable(getDescriptor(), left) <= 0) return;
         n = ::recv(getDescriptor(), dropped, sizeof dropped, MSG_DONTWAIT);
     }
 }

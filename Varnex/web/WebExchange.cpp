@@ -58,6 +58,7 @@ int WebServer::handleRequest(WebClient& client, ProtocolHTTP::Request& request) 
     Exchange exchange{client, request, client.reply_};
     ReplyHead::reset(exchange.reply);
     client.file_.reset();
+    client.isKept_ = false;
     if (!prepareReply(exchange)) return exchange.result;
     if (client.isReleased()) return StepTakenOver;
     complete(exchange);
